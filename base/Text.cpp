@@ -1,0 +1,71 @@
+#include "base/Text.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace synth::text {
+namespace {
+
+char upperOf(char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; }
+char lowerOf(char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; }
+
+// The text of `value` at `digits` significant digits, as printf's %.*g writes it in the classic locale.
+std::string general(double value, int digits) {
+  char buffer[40];
+  auto end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, digits).ptr;
+  return {buffer, end};
+}
+
+}  // namespace
+
+std::string upper(std::string_view s) {
+  std::string out(s);
+  for (char& c : out) c = upperOf(c);
+  return out;
+}
+
+std::string lower(std::string_view s) {
+  std::string out(s);
+  for (char& c : out) c = lowerOf(c);
+  return out;
+}
+
+bool sameIgnoringCase(std::string_view a, std::string_view b) {
+  if (a.size() != b.size()) return false;
+  for (size_t i = 0; i < a.size(); i++)
+    if (upperOf(a[i]) != upperOf(b[i])) return false;
+  return true;
+}
+
+std::string_view trimmed(std::string_view s) {
+  const char* blank = " \t\r\n\v\f";
+  size_t from = s.find_first_not_of(blank);
+  if (from == std::string_view::npos) return {};
+  return s.substr(from, s.find_last_not_of(blank) - from + 1);
+}
+
+std::string joined(std::span<const std::string> parts, std::string_view separator) {
+  std::string out;
+  for (size_t i = 0; i < parts.size(); i++) {
+    if (i) out += separator;
+    out += parts[i];
+  }
+  return out;
+}
+
+std::string number(double value, bool asFloat32) {
+  if (value == 0 && std::signbit(value)) return "-0";
+  if (value == std::trunc(value) && std::fabs(value) < 1e15) {
+    char buffer[24];
+    return {buffer, std::to_chars(buffer, buffer + sizeof buffer, (long long)value).ptr};
+  }
+  for (int digits = 1; digits < 17; digits++) {
+    std::string text = general(value, digits);
+    double back = 0;
+    std::from_chars(text.data(), text.data() + text.size(), back);
+    if (asFloat32 ? float(back) == float(value) : back == value) return text;
+  }
+  return general(value, 17);
+}
+
+}  // namespace synth::text

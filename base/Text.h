@@ -1,0 +1,22 @@
+// Small text helpers that do not depend on the locale.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace synth::text {
+
+std::string upper(std::string_view s);
+std::string lower(std::string_view s);
+bool sameIgnoringCase(std::string_view a, std::string_view b);
+std::string_view trimmed(std::string_view s);
+std::string joined(std::span<const std::string> parts, std::string_view separator);
+
+// "%.*g" at the lowest of 1..17 digits that reads back to the same number: the same double, or with
+// `asFloat32` the same 32-bit float. Negative zero is "-0"; whole numbers below 1e15 print as integers.
+std::string number(double value, bool asFloat32);
+inline std::string number(float value) { return number(value, true); }
+
+}  // namespace synth::text

@@ -1,0 +1,32 @@
+// The rules of Macros: which values one may move, its names, its polarity, and when a sound's Macros are
+// well formed.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "core/params/Registry.h"
+
+namespace synth::preset {
+// Whether a value belongs to a Preset of that sound: sound values only, and only those its Engine uses.
+bool holds(const param::Info& info, int kind, int engine);
+}  // namespace synth::preset
+
+namespace synth::macros {
+
+inline constexpr f32 largestAmount = 1000;
+
+// Whether a Macro of such a sound may move the value: continuous sound values and the Sends.
+bool targetable(const param::Info& info, int kind, int engine);
+// Trimmed and upper-cased, or "" when it is not one word that may name a Macro.
+std::string cleanName(std::string_view name);
+// The slot of the Macro of that name, or -1.
+int find(const Track& track, std::string_view name);
+// A Macro's value from the 0..1 of Lanes and Locks; the centre of a bipolar one is exactly 0.
+f32 fromNormalized(bool bipolar, f32 x);
+f32 toNormalized(bool bipolar, f32 value);
+f32 clampValue(bool bipolar, f32 value);
+// Whether the Track's Macros are well formed; false sets `error`.
+bool valid(const Track& track, std::string& error);
+
+}  // namespace synth::macros
