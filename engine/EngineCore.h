@@ -1,0 +1,240 @@
+// Everything an Engine owns, in one heap block: what the two threads exchange, and the audio thread's
+// state. The parts of the Engine are free functions over it, one concern a file.
+#pragma once
+
+#include <atomic>
+#include <limits>
+
+#include "core/params/Targets.h"
+#include "engine/Commands.h"
+#include "engine/Engine.h"
+#include "engine/Exchange.h"
+#include "engine/SampleSlots.h"
+#include "engine/Telemetry.h"
+#include "engine/TrackState.h"
+#include "engine/Voice.h"
+
+namespace synth {
+
+inline constexpr float noValue = std::numeric_limits<float>::quiet_NaN();
+inline bool hasValue(float v) { return v == v; }
+
+// What the audio thread looks up in a Project without scanning it.
+struct SongIndex {
+  u32 songEnd = 0;
+  u16 reserved = 0;
+  u16 firstClip[limits::tracks + 1] = {};
+};
+
+struct ProjectSlot {
+  Project project;
+  SongIndex index;
+};
+
+// Numbers that follow from the sample rate alone.
+struct Rates {
+  double rate = 48000;
+  float paramSmooth = 0, modSmooth = 0, fastRelease = 0, clickDecay = 0, keyClick = 0;
+};
+
+struct Transport {
+  bool playing = false, paused = true, stopped = true, startPinned = false, ended = false;
+  bool recording = false, metronomeOn = false, countInOn = false, tickOn = false;
+  bool automationPlayback = true;
+  i32 step = 0, startStep = 0;
+  u64 position = 0;
+  double stepPhase = 0;
+  i32 countInLeft = 0, countInTarget = 0;
+  bool countInSilent = false, oneShotSilent = false;
+  i32 oneShotCountIn = 0;
+  i32 pendingMarker = -1, heldMarker = -1;
+  i32 stopStep = -1, pendingStopStep = -1;
+  bool loopOn = false;
+  i32 loopStart = 0, loopEnd = 0;
+  double endPosition = 0;
+  u32 songEndCount = 0;
+
+  double songTime() const { return double(position) + stepPhase; }
+};
+
+struct PendingNote {
+  bool active = false;
+  u8 track = 0;
+  double time = 0;
+  Note note;
+};
+
+// A sequenced Note that holds the voice of a mono Track.
+struct MonoSlot {
+  Note note;
+  bool sounding = false;
+  double endTime = 0;
+};
+
+struct KeyStamp {
+  u64 stamp = 0;  // 0 is up
+  u8 velocity = 0;
+};
+
+// A key held while recording.
+struct HeldKey {
+  bool held = false;
+  i32 step = 0, maxLength = 0;
+  u8 velocity = 0;
+  double start = 0;
+};
+
+struct AuditionPlay {
+  bool armed = false;
+  Engine::Audition what;
+  u8 state[64] = {};  // 0 waiting, 1 sounding, 2 done
+  u64 samples = 0;
+  double nextTime = 0;  // in Steps
+};
+
+struct Metronome {
+  float amplitude = 0, phase = 0, frequency = 1200, lastNoise = 0;
+  u32 seed = 7;
+  bool tick = false;
+};
+
+// Values that stand over the Track's own, NaN for none. The order of precedence is that of the fields.
+struct Overrides {
+  float macro[limits::tracks][automation::trackTargets];
+  u64 macroMask[limits::tracks] = {};
+  float touch[limits::tracks][automation::trackTargets];
+  u64 touchMask[limits::tracks] = {};
+  float lock[limits::tracks][automation::trackTargets];
+  u64 lockMask[limits::tracks] = {};
+  float macroTouch[limits::tracks][limits::macros];
+  float busTouch[automation::busTargets];
+  float busLane[automation::busTargets];
+};
+
+// One bound Lane row as it reads over a segment.
+struct LaneReader {
+  u16 row = 0;
+  int target = 0;    // a Track, Macro or bus target, or the Move's index
+  u16 segment = 0;   // points that lie before the position
+  float input = noValue, value = noValue;  // the last reading and its value in the target's unit
+  bool moving = false;
+  dsp::Block block;
+};
+
+struct LaneBindings {
+  LaneReader track[limits::tracks][limits::lanesPerOwner];
+  u8 trackCount[limits::tracks] = {};
+  LaneReader bus[3][limits::lanesPerOwner];
+  u8 busCount[3] = {};
+  LaneReader move[limits::masterLanes];
+  u8 moveCount = 0;
+  float macro[limits::tracks][limits::macros];  // Macro Lanes, normalised
+  float moves[automation::performanceEffects];  // NaN for none
+  bool moveBound[automation::performanceEffects] = {};
+};
+
+// A Track's values as they stand now, rebuilt when something under them changes.
+struct Prepared {
+  float value[automation::trackTargets] = {};
+  u64 moving = 0;  // targets whose Lane moves in this segment: read `lane` for those
+  const dsp::Block* lane[automation::trackTargets] = {};
+  bool dirty = true;
+};
+
+// The times of a segment's samples, by the same repeated addition as sample by sample.
+struct SegmentClock {
+  int n = 0;
+  double phase[dsp::segment + 1];
+  double songTime[dsp::segment + 1];
+  double laneTime[dsp::segment + 1];  // in Lane ticks of 1/16 Step
+};
+
+// Sums and scratch of one segment.
+struct SegmentMix {
+  dsp::Block voiceMid[voiceCount], voiceSide[voiceCount], voiceAmp[voiceCount];
+  dsp::Block trackL[limits::tracks], trackR[limits::tracks];  // mid and side first, then left and right
+  bool trackUsed[limits::tracks];
+  dsp::Block dryL, dryR;
+  dsp::Block sendL[2], sendR[2];
+  dsp::Block outL, outR;
+};
+
+struct Master {
+  float smooth = 0;
+  bool sleeping = false;
+  u32 quiet = 0;
+  // Limiter.
+  static constexpr int ringSize = 512;
+  float delayL[ringSize] = {}, delayR[ringSize] = {};
+  u32 write = 0;
+  int lookahead = 72;
+  float gain = 1, releaseCoefficient = 0, ceiling = 0.95f;
+  // The running maximum: peaks that fall, each with its place.
+  float peaks[ringSize];
+  u32 places[ringSize];
+  u32 peakHead = 0, peakTail = 0;
+  // DC blocker.
+  float x1[2] = {}, y1[2] = {};
+  float outputPeak[2] = {}, compGain = 1;
+};
+
+struct EngineCore {
+  explicit EngineCore(double sampleRate);
+
+  // ---- Exchange.
+  Ring<EngineCommand, 256> commands;
+  Ring<RecordedNote, 512> recorded;
+  alignas(cacheLine) std::atomic<u32> flushFlags{0};
+  std::atomic<u32> droppedCommands{0};
+  Slots<ProjectSlot, 4> projects;
+  Slots<Engine::Audition, 3> auditions;
+  SampleSlots samples;
+  TripleBuffer<Telemetry> telemetry;
+
+  static constexpr u32 silenceFlag = 1, stopFlag = 2;
+
+  // ---- Audio thread.
+  Rates rates;
+  const float* sine;
+  u32 activeSlot = 0;
+  const Project* project;
+  const SongIndex* index;
+  u32 droppedRecorded = 0;
+
+  Transport transport;
+  PendingNote pending[256];
+  int pendingCount = 0;
+  double nextEvent = 0;  // the earliest Song time at which something may be due
+  MonoSlot mono[limits::tracks];
+  KeyStamp keys[limits::tracks][128];
+  u64 keyCounter = 0;
+  HeldKey held[limits::tracks][128];
+  AuditionPlay auditionPlay;
+  u64 auditionWait = 0;  // samples until its next event
+  Metronome click;
+
+  Overrides overrides;
+  LaneBindings lanes;
+  Prepared prepared[limits::tracks];
+  float busValue[automation::busTargets] = {};
+  bool busDirty = true;
+  bool anyLocks = false;  // whether any Note of the Project has Locks
+  double lfoOffset[limits::tracks][2] = {};
+
+  Voice voices[voiceCount];
+  u64 voiceSerial = 0;
+  u32 lockCounter = 0;
+  TrackState tracks[limits::tracks];
+  Master master;
+
+  u64 sampleClock = 0, nextTelemetry = 0;
+  SegmentClock clock;
+  SegmentMix mix;
+  Telemetry view{};  // filled and then published; kept for its counters
+
+  // The Track as its readers see it.
+  const Track& track(int t) const { return project->tracks[t]; }
+  int trackCount() const { return project->track_count; }
+};
+
+}  // namespace synth

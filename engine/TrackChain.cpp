@@ -1,0 +1,471 @@
+#include "engine/TrackChain.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "base/Math.h"
+#include "engine/Lfo.h"
+#include "engine/TrackEq.h"
+
+namespace synth {
+namespace {
+
+using namespace dsp;
+using namespace automation;
+
+constexpr float meterShare = 0.0005f;  // of a sample in the mean squares that the meters show
+constexpr float levelSlew = 0.004f, trackFilterK = 1.706f, quietLevel = 1e-7f;
+constexpr float highpassOff = 20.5f, lowpassOff = 19999;
+
+// A target over the segment: one number, or one for each sample while its Lane moves.
+class Value {
+ public:
+  Value(const EngineCore& core, int t, int target)
+      : flat_(core.prepared[t].value[target]),
+        block_(core.prepared[t].moving >> target & 1 ? core.prepared[t].lane[target] : nullptr) {}
+  bool moves() const { return block_; }
+  float operator[](int i) const { return block_ ? (*block_)[i] : flat_; }
+  float first() const { return (*this)[0]; }
+  // Whether any sample of it passes the test.
+  template <class Test>
+  bool any(int n, Test test) const {
+    if (!block_) return test(flat_);
+    for (int i = 0; i < n; i++)
+      if (test((*block_)[i])) return true;
+    return false;
+  }
+
+ private:
+  float flat_;
+  const Block* block_;
+};
+
+float decibels(float db) { return db == 0 ? 1 : float(math::fromDb(double(db))); }
+
+// ---- Level and pan: mid and side become left and right.
+
+float gainTarget(TrackState& s, float level, float trim) {
+  if (s.trim != trim) {
+    s.trim = trim;
+    s.trimGain = decibels(trim);
+  }
+  return s.audible ? level * s.trimGain : 0;
+}
+
+struct Pan {
+  float left, right;
+};
+Pan panTarget(TrackState& s, float pan) {
+  if (s.pan != pan) {
+    s.pan = pan;
+    const double angle = (double(pan) + 1) * math::pi * 0.25;
+    s.panTargetL = float(math::cos(angle));
+    s.panTargetR = float(math::sin(angle));
+  }
+  return {s.panTargetL, s.panTargetR};
+}
+
+bool settled(float now, float target) { return now + (target - now) * levelSlew == now; }
+
+void levelTrack(EngineCore& core, int t, Block& mid, Block& side, bool silentInput, int n) {
+  TrackState& s = core.tracks[t];
+  const Value level(core, t, LEVEL), trim(core, t, TRIM);
+  if (!level.moves() && !trim.moves() && settled(s.gainNow, gainTarget(s, level.first(), trim.first()))) {
+    if (silentInput) return;
+    const f4 g = splat(s.gainNow);
+    for (int q = 0; q < quads(n); q++) {
+      const f4 m = mid.at(q) * g, x = side.at(q) * g;
+      mid.put(q, m + x);
+      side.put(q, m - x);
+    }
+    return;
+  }
+  for (int i = 0; i < n; i++) {
+    s.gainNow = flushed(s.gainNow + (gainTarget(s, level[i], trim[i]) - s.gainNow) * levelSlew);
+    if (silentInput) continue;
+    const float m = mid[i] * s.gainNow, x = side[i] * s.gainNow;
+    mid[i] = m + x;
+    side[i] = m - x;
+  }
+}
+
+// The pan gains of each sample.
+void panGains(EngineCore& core, int t, Block& gl, Block& gr, int n) {
+  TrackState& s = core.tracks[t];
+  const Value pan(core, t, PAN);
+  const Pan now = panTarget(s, pan.first());
+  if (!pan.moves() && settled(s.panL, now.left) && settled(s.panR, now.right)) {
+    gl.fill(s.panL);
+    gr.fill(s.panR);
+    return;
+  }
+  for (int i = 0; i < n; i++) {
+    const Pan target = panTarget(s, pan[i]);
+    gl[i] = s.panL += (target.left - s.panL) * levelSlew;
+    gr[i] = s.panR += (target.right - s.panR) * levelSlew;
+  }
+}
+
+// ---- High and low pass.
+
+bool highpassOn(float hz) { return hz > highpassOff; }
+bool lowpassOn(float hz) { return hz < lowpassOff; }
+
+// A filter whose frequency moves within the segment, sample by sample.
+template <class On, class Setting>
+void movingFilter(const Value& hz, double rate, Block& signal, SvfState& state, int n, On on, Setting setting) {
+  for (int i = 0; i < n; i++) {
+    if (!on(hz[i])) {
+      state = SvfState{};
+      continue;
+    }
+    const SvfSetting s = setting(Svf::at(svfG(hz[i], rate), trackFilterK));
+    const float x = signal[i];
+    const SvfOut o = state.run(s.f, x);
+    signal[i] = s.inputMix * x + s.bandMix * o.band + s.lowMix * o.low;
+  }
+}
+
+struct FilterQueue {
+  SvfChannel channels[2 * limits::tracks];
+  int count = 0;
+
+  void add(Block& l, Block& r, SvfState (&state)[2], const SvfSetting& setting) {
+    channels[count++] = {&l, &state[0], &setting};
+    channels[count++] = {&r, &state[1], &setting};
+  }
+};
+
+template <class On, class Setting>
+void queueFilter(EngineCore& core, int t, int target, float& lastHz, SvfSetting& setting, SvfState (&state)[2],
+                 FilterQueue& queue, On on, Setting make) {
+  Block &l = core.mix.trackL[t], &r = core.mix.trackR[t];
+  const Value hz(core, t, target);
+  if (!hz.any(core.clock.n, on)) {
+    state[0] = state[1] = SvfState{};
+    lastHz = 0;
+    return;
+  }
+  if (hz.moves()) {
+    movingFilter(hz, core.rates.rate, l, state[0], core.clock.n, on, make);
+    movingFilter(hz, core.rates.rate, r, state[1], core.clock.n, on, make);
+    lastHz = 0;
+    return;
+  }
+  if (lastHz != hz.first()) {
+    lastHz = hz.first();
+    setting = make(Svf::at(svfG(lastHz, core.rates.rate), trackFilterK));
+  }
+  queue.add(l, r, state, setting);
+}
+
+// ---- Drive and crush.
+
+void driveTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
+  TrackState& s = core.tracks[t];
+  const Value amount(core, t, DRIVE);
+  if (!amount.any(n, [](float a) { return a > 0; })) return;
+  const int type = core.track(t).insert_drive_type;
+  if (amount.moves()) {
+    for (int i = 0; i < n; i++) {
+      if (!(amount[i] > 0)) continue;
+      const drive::Curve c = drive::curve(type, amount[i]);
+      l[i] = drive::shape(c, core.sine, l[i]);
+      r[i] = drive::shape(c, core.sine, r[i]);
+    }
+    s.driveAmount = -1;
+    return;
+  }
+  if (s.driveAmount != amount.first() || s.driveType != type) {
+    s.driveAmount = amount.first();
+    s.driveType = type;
+    s.drive = drive::curve(type, s.driveAmount);
+  }
+  for (int q = 0; q < quads(n); q++) {
+    l.put(q, drive::shape(s.drive, core.sine, l.at(q)));
+    r.put(q, drive::shape(s.drive, core.sine, r.at(q)));
+  }
+}
+
+void crushTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
+  TrackState& s = core.tracks[t];
+  const Value bits(core, t, CRUSH_BITS), coarse(core, t, CRUSH_RATE);
+  auto on = [](float v) { return v > 0; };
+  if (!bits.any(n, on) && !coarse.any(n, on)) return;
+  const double rate = core.rates.rate;
+  auto stepFor = [&](float c) { return float(std::max(rate * math::pow(1 - double(c), 2.2), 400.0) / rate); };
+  auto levelsFor = [](float b) { return math::exp2(16 - 14 * b); };
+  float step = stepFor(coarse.first()), levels = levelsFor(bits.first());
+  Block* const channels[2] = {&l, &r};
+  for (int i = 0; i < n; i++) {
+    if (coarse.moves()) step = stepFor(coarse[i]);
+    if (bits.moves()) levels = levelsFor(bits[i]);
+    for (int ch = 0; ch < 2; ch++) {
+      float x = (*channels[ch])[i];
+      if (coarse[i] > 0) {
+        s.crushPhase[ch] += step;
+        if (s.crushPhase[ch] >= 1) {
+          s.crushPhase[ch] -= 1;
+          s.crushHeld[ch] = x;
+        }
+        x = s.crushHeld[ch];
+      }
+      if (bits[i] > 0) x = std::trunc(x * levels) / levels;
+      (*channels[ch])[i] = x;
+    }
+  }
+}
+
+// ---- Modulation.
+
+void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
+  TrackState& s = core.tracks[t];
+  const Track& track = core.track(t);
+  if (track.mod_type == ModFx::Off && s.modFx.idle()) return;
+  for (int done = 0; done < n;) {
+    const u64 clock = core.sampleClock + u64(done);
+    const int part = std::min(n - done, 8 - int(clock & 7));
+    if ((clock & 7) == 0) {
+      ModFx::Setting m;
+      m.type = track.mod_type;
+      m.rate = track.mod_sync ? float(lfo::syncCyclesPerStep(track.mod_sync) * core.project->bpm * 4 / 60)
+                              : Value(core, t, MOD_RATE)[done];
+      m.depth = Value(core, t, MOD_DEPTH)[done];
+      m.feedback = Value(core, t, MOD_FEEDBACK)[done];
+      m.mix = Value(core, t, MOD_MIX)[done];
+      m.tone = Value(core, t, MOD_TONE)[done];
+      m.sideOnly = track.mod_side;
+      s.modFx.tick(m, core.sampleClock == 0);
+    }
+    s.modFx.process(l.v + done, r.v + done, part, core.sine);
+    done += part;
+  }
+}
+
+// ---- Width, ducking.
+
+void widenTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
+  TrackState& s = core.tracks[t];
+  const Value width(core, t, WIDTH), below(core, t, MONO_BELOW);
+  if (!below.any(n, highpassOn)) {
+    s.monoBelowState = 0;
+    if (!width.any(n, [](float w) { return w != 1; })) return;
+  }
+  for (int i = 0; i < n; i++) {
+    const bool mono = highpassOn(below[i]);
+    if (!mono) s.monoBelowState = 0;
+    if (!mono && width[i] == 1) continue;
+    float side = width[i] * (l[i] - r[i]) * 0.5f;
+    const float middle = (l[i] + r[i]) * 0.5f;
+    if (mono) {
+      if (s.monoHz != below[i]) {
+        s.monoHz = below[i];
+        s.monoCoefficient = float(1 - math::exp(-2 * math::pi * double(s.monoHz) / core.rates.rate));
+      }
+      s.monoBelowState = flushed(s.monoBelowState + s.monoCoefficient * (side - s.monoBelowState));
+      side -= s.monoBelowState;
+    }
+    l[i] = middle + side;
+    r[i] = middle - side;
+  }
+}
+
+void duckTrack(EngineCore& core, int t, Block& l, Block& r, bool silentInput, int n) {
+  TrackState& s = core.tracks[t];
+  const Value amount(core, t, DUCK_AMOUNT), release(core, t, DUCK_RELEASE);
+  if (!amount.any(n, [](float d) { return d > 0; })) {
+    s.duck = 0;
+    s.duckRising = false;
+    return;
+  }
+  for (int i = 0; i < n; i++) {
+    if (!(amount[i] > 0)) {
+      s.duck = 0;
+      s.duckRising = false;
+      continue;
+    }
+    if (s.duckRelease != release[i]) {
+      s.duckRelease = release[i];
+      s.duckCoefficient = float(math::exp(-1 / (double(s.duckRelease) * core.rates.rate)));
+    }
+    if (s.duckRising) {
+      s.duck += (1 - s.duck) * 0.02f;
+      if (s.duck > 0.98f) s.duckRising = false;
+    } else {
+      s.duck = flushed(s.duck * s.duckCoefficient);
+    }
+    if (silentInput) continue;
+    const float gain = 1 - amount[i] * s.duck;
+    l[i] *= gain;
+    r[i] *= gain;
+  }
+}
+
+// ---- Meters and sums.
+
+void writeScope(EngineCore& core, int t, int i, float value) {
+  const u64 clock = core.sampleClock + u64(i);
+  if ((clock & 7) == 0) core.view.scope[t][(clock >> 3) % 120] = value;
+}
+
+void meterTrack(EngineCore& core, int t, const Block& l, const Block& r, int n) {
+  TrackState& s = core.tracks[t];
+  for (int i = 0; i < n; i++) {
+    const float middle = (l[i] + r[i]) * 0.5f, edge = middle - s.lastMid;
+    s.energy += (middle * middle - s.energy) * meterShare;
+    s.edge += (edge * edge - s.edge) * meterShare;
+    s.lastMid = middle;
+    s.peakL = std::max(s.peakL * 0.9995f, std::fabs(l[i]));
+    s.peakR = std::max(s.peakR * 0.9995f, std::fabs(r[i]));
+    writeScope(core, t, i, middle);
+  }
+}
+
+void addToMix(EngineCore& core, int t, const Block& l, const Block& r, int n) {
+  SegmentMix& mix = core.mix;
+  for (int q = 0; q < quads(n); q++) {
+    mix.dryL.put(q, mix.dryL.at(q) + l.at(q));
+    mix.dryR.put(q, mix.dryR.at(q) + r.at(q));
+  }
+  for (int send = 0; send < 2; send++) {
+    const Value amount(core, t, SEND_1 + send);
+    if (amount.moves()) {
+      for (int i = 0; i < n; i++) {
+        mix.sendL[send][i] += l[i] * amount[i];
+        mix.sendR[send][i] += r[i] * amount[i];
+      }
+    } else if (amount.first() != 0) {
+      const f4 a = splat(amount.first());
+      for (int q = 0; q < quads(n); q++) {
+        mix.sendL[send].put(q, mix.sendL[send].at(q) + l.at(q) * a);
+        mix.sendR[send].put(q, mix.sendR[send].at(q) + r.at(q) * a);
+      }
+    }
+  }
+}
+
+// Whether the chain behind a silent input gives exact silence and changes no state.
+bool rests(const EngineCore& core, int t) {
+  const TrackState& s = core.tracks[t];
+  const Prepared& now = core.prepared[t];
+  for (int ch = 0; ch < 2; ch++) {
+    if (!s.highpassState[ch].rests() || !s.lowpassState[ch].rests()) return false;
+    for (const auto& band : s.eqState)
+      if (!band[ch].rests()) return false;
+  }
+  constexpr u64 crush = u64(1) << CRUSH_BITS | u64(1) << CRUSH_RATE;
+  return s.modFx.idle() && core.track(t).mod_type == ModFx::Off && s.monoBelowState == 0 &&
+         now.value[CRUSH_BITS] <= 0 && now.value[CRUSH_RATE] <= 0 && !(now.moving & crush) && s.crushHeld[0] == 0 &&
+         s.crushHeld[1] == 0;
+}
+
+void fadeMeters(EngineCore& core, int t, int n) {
+  TrackState& s = core.tracks[t];
+  for (int i = 0; i < n; i++) {
+    s.peakL = flushed(s.peakL * 0.9995f);
+    s.peakR = flushed(s.peakR * 0.9995f);
+    writeScope(core, t, i, 0);
+  }
+  s.lastMid = 0;
+}
+
+// While the transport stands, a Track without voices that has been quiet for half a second sleeps: what
+// still rings below hearing stays frozen. It falls asleep on the sixteen-sample grid and wakes with a voice.
+void watchSleep(EngineCore& core, int t) {
+  TrackState& s = core.tracks[t];
+  if (core.transport.playing || core.mix.trackUsed[t]) {
+    s.quiet = 0;
+    s.sleeping = false;
+  } else if ((core.sampleClock & 15) == 0) {
+    s.sleeping = s.quiet >= u32(core.rates.rate * 0.5);
+  }
+}
+
+void countQuiet(TrackState& s, const Block& l, const Block& r, int n) {
+  for (int i = 0; i < n; i++)
+    s.quiet = std::fabs(l[i]) < quietLevel && std::fabs(r[i]) < quietLevel ? s.quiet + 1 : 0;
+}
+
+}  // namespace
+
+void refreshTracks(EngineCore& core, bool snap) {
+  const int count = core.trackCount();
+  bool anySolo = false;
+  for (int t = 0; t < count; t++) anySolo |= core.track(t).solo != 0;
+  for (int t = 0; t < limits::tracks; t++) {
+    const Track& track = core.track(t);
+    TrackState& s = core.tracks[t];
+    const bool auditioned = core.auditionPlay.armed && int(core.auditionPlay.what.track) == t;
+    s.audible = t < count && ((!track.mute && (!anySolo || track.solo)) || auditioned);
+    if (snap || (s.fresh && t < count)) {
+      const Pan pan = panTarget(s, core.prepared[t].value[PAN]);
+      s.gainNow = gainTarget(s, core.prepared[t].value[LEVEL], core.prepared[t].value[TRIM]);
+      s.panL = pan.left;
+      s.panR = pan.right;
+    }
+    s.fresh = t >= count;
+    designTrackEq(core, t);
+  }
+}
+
+void renderTracks(EngineCore& core) {
+  const int n = core.clock.n;
+  SegmentMix& mix = core.mix;
+  for (Block* b : {&mix.dryL, &mix.dryR, &mix.sendL[0], &mix.sendL[1], &mix.sendR[0], &mix.sendR[1]}) b->fill(0);
+
+  bool works[limits::tracks], quietInput[limits::tracks];
+  FilterQueue high, low;
+  for (int t = 0; t < limits::tracks; t++) {
+    Block &l = mix.trackL[t], &r = mix.trackR[t];
+    quietInput[t] = !mix.trackUsed[t] || (silent(l, n) && silent(r, n));
+    watchSleep(core, t);
+    works[t] = !quietInput[t] || (!core.tracks[t].sleeping && !rests(core, t));
+    if (!mix.trackUsed[t] && works[t]) {
+      l.fill(0);
+      r.fill(0);
+    }
+    levelTrack(core, t, l, r, !works[t], n);
+    if (!works[t]) continue;
+    TrackState& s = core.tracks[t];
+    queueFilter(core, t, HIGHPASS, s.highpassHz, s.highpass, s.highpassState, high, highpassOn, SvfSetting::high);
+  }
+  runSvfs(high.channels, high.count, n);
+  for (int t = 0; t < limits::tracks; t++) {
+    TrackState& s = core.tracks[t];
+    if (works[t])
+      queueFilter(core, t, LOWPASS, s.lowpassHz, s.lowpass, s.lowpassState, low, lowpassOn, SvfSetting::low);
+  }
+  runSvfs(low.channels, low.count, n);
+  for (int t = 0; t < limits::tracks; t++) {
+    if (!works[t]) continue;
+    driveTrack(core, t, mix.trackL[t], mix.trackR[t], n);
+    crushTrack(core, t, mix.trackL[t], mix.trackR[t], n);
+  }
+  runTrackEqs(core, works);
+  for (int t = 0; t < limits::tracks; t++) {
+    Block &l = mix.trackL[t], &r = mix.trackR[t];
+    if (!works[t]) {
+      core.tracks[t].quiet += u32(n);
+      duckTrack(core, t, l, r, true, n);
+      fadeMeters(core, t, n);
+      Block gl, gr;
+      panGains(core, t, gl, gr, n);
+      continue;
+    }
+    modulateTrack(core, t, l, r, n);
+    widenTrack(core, t, l, r, n);
+    duckTrack(core, t, l, r, false, n);
+    countQuiet(core.tracks[t], l, r, n);
+    Block gl, gr;
+    panGains(core, t, gl, gr, n);
+    for (int q = 0; q < quads(n); q++) {
+      l.put(q, l.at(q) * gl.at(q));
+      r.put(q, r.at(q) * gr.at(q));
+    }
+    meterTrack(core, t, l, r, n);
+    addToMix(core, t, l, r, n);
+  }
+}
+
+}  // namespace synth

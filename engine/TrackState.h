@@ -1,0 +1,46 @@
+// What a Track's signal chain remembers between segments.
+#pragma once
+
+#include "engine/Drive.h"
+#include "engine/ModFx.h"
+#include "engine/dsp/LaneFilters.h"
+
+namespace synth {
+
+struct TrackState {
+  // Levels.
+  bool audible = true, fresh = true;  // fresh: the smoothers take their first targets at once
+  float gainNow = 0, trim = 0, trimGain = 1;
+  float pan = 0;
+  float panTargetL = 0.7071f, panTargetR = 0.7071f, panL = 0.7071f, panR = 0.7071f;
+
+  // Inserts, left and right.
+  dsp::SvfSetting highpass, lowpass;
+  float highpassHz = 0, lowpassHz = 0;
+  dsp::SvfState highpassState[2], lowpassState[2];
+  drive::Curve drive;
+  float driveAmount = -1;
+  int driveType = -1;
+  float crushPhase[2] = {}, crushHeld[2] = {};
+  dsp::Biquad eq[3];
+  float eqValues[4] = {0, 0, 0, 0};
+  bool eqOn = false;
+  dsp::BiquadState eqState[3][2];
+  ModFx modFx;
+  float monoBelowState = 0, monoCoefficient = 0, monoHz = 0;
+
+  // Ducking.
+  float duck = 0, duckCoefficient = 0, duckRelease = -1;
+  bool duckRising = false;
+
+  // Sleep and meters.
+  bool sleeping = false;
+  u32 quiet = 0;
+  float peakL = 0, peakR = 0, level = 0, energy = 0, edge = 0, lastMid = 0;
+  u32 noteSerial = 0;
+  u8 lastNote = 0, lastVelocity = 0;
+  u8 padHits[8] = {};
+  u8 padVelocity[8] = {};
+};
+
+}  // namespace synth

@@ -1,0 +1,87 @@
+// One hit of a synthesized drum: thirteen models over a common frame of envelope, pitch and noise. Pads
+// and the PERC engine play it.
+#pragma once
+
+#include "core/Project.h"
+#include "engine/Drive.h"
+#include "engine/dsp/Block.h"
+#include "engine/dsp/Svf.h"
+
+namespace synth::drums {
+
+enum Model : int {
+  KICK, SNARE, CLAP, CLOSED_HAT, OPEN_HAT, TOM, RIM, COWBELL, SHAKER, CYMBAL, ZAP, CONGA, NOISE, models
+};
+
+// What is fixed when the hit starts; units are those of the Pad values.
+struct Setting {
+  int model = KICK;
+  float pitch = 0, decay = 0.5f, tone = 0.5f, sweep = 0.5f, snap = 0.5f, drive = 0;
+  float sweepTime = 0, sweepHold = 0, hold = 0;
+  float tailDrift = 0, tailTime = 0.3f, drop = 0, dropTime = 0.3f;
+  float baseHz = 0;  // tunes pitched models; 0 keeps the model's own pitch
+};
+
+// An exponential from 1 towards 0.
+struct Decay {
+  float value = 1, coefficient = 0;
+
+  float next() {
+    const float v = value;
+    value *= coefficient;
+    return v;
+  }
+};
+
+struct OnePole {
+  float c = 1, y = 0;
+  float low(float x) { return y += c * (x - y); }
+};
+
+class Hit {
+ public:
+  // The serial seeds the noise: every hit sounds a little different, and one render repeats exactly.
+  void start(const Setting& setting, u64 serial, double rate);
+  // Writes n samples; `ratio` is a pitch ratio on top of the hit's own.
+  void render(float* out, int n, float ratio);
+  // Lets the hit fall by 60 dB in `seconds`, if that is faster than it falls by itself.
+  void release(double seconds);
+  // Fades linearly to silence over `samples`.
+  void fadeOut(int samples);
+
+  float level() const;
+  float pitchRatio() const { return base_; }
+  bool done() const { return done_; }
+
+  // The common frame, for the models.
+  struct Frame {
+    float A, at, r, n, t;  // envelope, attack, pitch ratio, noise, seconds
+  };
+
+ private:
+  friend struct Recipes;
+
+  void tick(float ratio);
+  float semitonesAt(double t) const;
+  Frame frame();
+
+  Setting s_;
+  double rate_ = 48000;
+  u32 age_ = 0, seed_ = 1;
+  float env_ = 1, envCoefficient_ = 0, holdLeft_ = 0, attackStep_ = 1;
+  Decay sweep_;
+  int sweepHoldLeft_ = 0;
+  float sweepAmount_ = 0, base_ = 1, baseStep_ = 0, external_ = 1;
+  float gate_ = 1, gateCoefficient_ = 1;
+  int fadeLeft_ = -1, fadeTotal_ = 1;
+  bool done_ = true;
+  drive::Curve drive_;
+  // The models' own memory.
+  float f0_ = 50, phase_[6] = {};
+  Decay decay_[3];
+  OnePole pole_[2];
+  dsp::Svf filter_[3];
+  dsp::SvfState state_[3];
+};
+
+}  // namespace synth::drums

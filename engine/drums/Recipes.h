@@ -1,0 +1,24 @@
+// The thirteen drum models over the common frame of a hit.
+#pragma once
+
+#include "engine/drums/Hit.h"
+
+namespace synth::drums {
+
+// What differs in the common frame: the model's own pitch, its decay against the common scale, and how far
+// and how fast a full sweep falls.
+struct Traits {
+  float hz, decay, sweep, sweepSeconds;
+  bool pitched;
+};
+const Traits& traitsOf(int model);
+
+struct Recipes {
+  // At the hit's start: decays and fixed filters.
+  static void setUp(Hit& h);
+  // Every sixteen samples: what follows the pitch ratio `r`.
+  static void tick(Hit& h, float r);
+  static float sample(Hit& h, const Hit::Frame& f, const float* sine);
+};
+
+}  // namespace synth::drums
