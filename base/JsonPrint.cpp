@@ -29,7 +29,9 @@ void quote(const std::string& s, std::string& out) {
 
 void scalar(const Json& v, std::string& out) {
   switch (v.type()) {
-    case Json::Number: out += std::isfinite(v.number()) ? text::number(v.number(), v.float32()) : "null"; break;
+    case Json::Number:
+      out += std::isfinite(v.number()) ? text::number(v.number(), v.float32()) : "null";
+      break;
     case Json::String: quote(v.string(), out); break;
     case Json::Bool: out += v.boolean() ? "true" : "false"; break;
     default: out += "null";

@@ -17,9 +17,9 @@ double nearest(double x) { return (x + 0x1.8p52) - 0x1.8p52; }
 // e^y for |y| <= ln2 / 2, by its Taylor series to y^13 (remainder below 2e-17).
 double expSmall(double y) {
   double p = 1.0 / 6227020800.0;
-  constexpr double inverse[] = {1.0 / 479001600, 1.0 / 39916800, 1.0 / 3628800, 1.0 / 362880, 1.0 / 40320,
-                                1.0 / 5040,      1.0 / 720,      1.0 / 120,     1.0 / 24,     1.0 / 6,
-                                1.0 / 2,         1.0,            1.0};
+  constexpr double inverse[] = {
+      1.0 / 479001600, 1.0 / 39916800, 1.0 / 3628800, 1.0 / 362880, 1.0 / 40320, 1.0 / 5040, 1.0 / 720,
+      1.0 / 120,       1.0 / 24,       1.0 / 6,       1.0 / 2,      1.0,         1.0};
   for (double c : inverse) p = p * y + c;
   return p;
 }
@@ -28,8 +28,14 @@ double expSmall(double y) {
 double sinSmall(double x) {
   const double z = x * x;
   double p = 1.0 / 355687428096000.0;
-  constexpr double c[] = {-1.0 / 1307674368000.0, 1.0 / 6227020800.0, -1.0 / 39916800, 1.0 / 362880,
-                          -1.0 / 5040,            1.0 / 120,          -1.0 / 6,        1.0};
+  constexpr double c[] = {-1.0 / 1307674368000.0,
+                          1.0 / 6227020800.0,
+                          -1.0 / 39916800,
+                          1.0 / 362880,
+                          -1.0 / 5040,
+                          1.0 / 120,
+                          -1.0 / 6,
+                          1.0};
   for (double k : c) p = p * z + k;
   return x * p;
 }

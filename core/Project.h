@@ -151,7 +151,8 @@ struct SendFx {
   f32 delay_time = 0.75f, delay_feedback = 0.4f, delay_ping_pong = 0.6f, delay_low_cut = 180,
       delay_high_cut = 6500, delay_wow = 0.1f, delay_duck = 0;
   u8 delay_sync = 14, delay_preset = 0, reserved1[2] = {};
-  f32 tape_rate = 1, tape_intensity = 0.45f, tape_tone = 0, tape_wow = 0.25f, tape_age = 0.35f, tape_spring = 0;
+  f32 tape_rate = 1, tape_intensity = 0.45f, tape_tone = 0, tape_wow = 0.25f, tape_age = 0.35f,
+      tape_spring = 0;
   u8 tape_heads = 3, tape_sync = 0, tape_preset = 0, reserved2[1] = {};
   f32 hall_decay = 0.5f, hall_size = 0.6f, hall_predelay = 0.02f, hall_damping = 0.45f, hall_mod = 0.25f,
       hall_width = 1, hall_low_cut = 150, hall_high_cut = 9000;
@@ -182,7 +183,8 @@ struct Track {
   f32 filter_env = 0, lfo_rate = 4, lfo_depth = 0;
   u8 voice_mode = 0, timbre_target = 0, reserved1[2] = {};
   f32 glide = 0, velocity_brightness = 0;
-  f32 timbre_amount = 0, timbre_attack = 0.005f, timbre_decay = 0.4f, timbre_sustain = 0, timbre_release = 0.4f;
+  f32 timbre_amount = 0, timbre_attack = 0.005f, timbre_decay = 0.4f, timbre_sustain = 0,
+      timbre_release = 0.4f;
   PadValues pad_pitch = {};
   PadValues pad_decay = {0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f};
   PadValues pad_tone = {0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f, 0.5f};
@@ -218,7 +220,8 @@ struct Track {
       drawbar_7 = 0.1f, drawbar_8 = 0.1f;
   f32 noise_mix = 0;
   u8 mod_side = 0, key_sync = 0, reserved6[2] = {};
-  f32 osc_level = 1, osc_b_shape = -1, trim = 0, mono_below = 20, osc_b_level = 0, lfo_phase = 0, lfo2_phase = 0;
+  f32 osc_level = 1, osc_b_shape = -1, trim = 0, mono_below = 20, osc_b_level = 0, lfo_phase = 0,
+      lfo2_phase = 0;
   PadValues pad_tail_drift = {};
   PadValues pad_tail_time = {0.3f, 0.3f, 0.3f, 0.3f, 0.3f, 0.3f, 0.3f, 0.3f};
   PadValues pad_drop = {};
@@ -259,7 +262,8 @@ struct Project {
 };
 
 static_assert(sizeof(LockRec) == 4 && sizeof(Note) == 40 && sizeof(NoteRec) == 44 && sizeof(PatternRec) == 8);
-static_assert(sizeof(ClipRec) == 16 && sizeof(LaneRow) == 6 && sizeof(LanePoint) == 8 && sizeof(MarkerRec) == 20);
+static_assert(sizeof(ClipRec) == 16 && sizeof(LaneRow) == 6 && sizeof(LanePoint) == 8 &&
+              sizeof(MarkerRec) == 20);
 static_assert(sizeof(MacroTarget) == 20 && sizeof(MacroRec) == 344 && sizeof(PinList) == 66);
 static_assert(sizeof(SendFx) == 196 && sizeof(Track) == 6664 && sizeof(Project) == 1111116);
 static_assert(std::is_trivially_copyable_v<Project> && std::is_standard_layout_v<Project>);

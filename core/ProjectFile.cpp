@@ -55,8 +55,9 @@ void writeTracks(Writer& w, const Project& p) {
   for (const Track& t : p.tracks) w.pins(t.pins);
   for (const PinList& list : p.busPins) w.pins(list);
   for (const Track& t : p.tracks) {
-    const bool present = std::string_view(reinterpret_cast<const char*>(t.sample_hash), 32).find_first_not_of('\0') !=
-                         std::string_view::npos;
+    const bool present =
+        std::string_view(reinterpret_cast<const char*>(t.sample_hash), 32).find_first_not_of('\0') !=
+        std::string_view::npos;
     w.put(u8(present));
     if (!present) continue;
     w.bytes.append(reinterpret_cast<const char*>(t.sample_hash), sizeof t.sample_hash);

@@ -26,7 +26,8 @@ constexpr Kind kinds[synthKinds] = {
     {"FM",
      "PHASE COUPLING",
      {"TONE", "RATIO", "SHAPE", "FEEDBACK"},
-     "A carrier and modulator exchange phase. Tone sets the modulation index, ratio their coupling, shape adds "
+     "A carrier and modulator exchange phase. Tone sets the modulation index, ratio their coupling, shape "
+     "adds "
      "a saw edge and feedback lets the modulator bend itself toward a bowed buzz.",
      {"How strongly the modulator bends the carrier: the brightness.",
       "The modulator's pitch against the carrier: whole ratios ring true, others clang.",
@@ -34,21 +35,24 @@ constexpr Kind kinds[synthKinds] = {
     {"TINE",
      "STRUCK METAL",
      {"TONE", "TEXTURE", "PUNCH", "TINE"},
-     "A strike excites a fundamental and inharmonic metal modes. Tone controls ring, texture the ratios, punch "
+     "A strike excites a fundamental and inharmonic metal modes. Tone controls ring, texture the ratios, "
+     "punch "
      "the impact.",
      {"How long and how brightly the strike rings on.", "Moves the metal's modes against the note.",
       "How hard the hammer hits.", "How much of the thin metal reed rings above the note."}},
     {"ORGAN",
      "PIPES AND ROTOR",
      {"TYPE", "BASS", "ROTOR", "CLICK"},
-     "Eight drawbar partials through a rotary speaker. Type sets the registration, bass the low octave, rotor "
+     "Eight drawbar partials through a rotary speaker. Type sets the registration, bass the low octave, "
+     "rotor "
      "spins horn and drum from still to fast, click adds the key contact.",
      {"The registration, from flute to full.", "The weight of the low octave.",
       "The rotary speaker's speed, from still to fast.", "The click of the key contacts."}},
     {"WAVETABLE",
      "CONTOUR ATLAS",
      {"TABLE", "POSITION", "WARP", "DRIFT"},
-     "Scan an atlas of harmonic contours. Table and position choose the surface, warp bends the phase and drift "
+     "Scan an atlas of harmonic contours. Table and position choose the surface, warp bends the phase and "
+     "drift "
      "detunes the warp oscillator away from the note for inharmonic bells.",
      {"Which family of waves is scanned.", "Where in the table the wave is read.",
       "Bends the reading, which adds overtones.", "Detunes the bend, from tight to bell-like."}},
@@ -64,8 +68,8 @@ constexpr Kind kinds[synthKinds] = {
      {"BREATH", "VOWEL", "BITE", "BODY"},
      "A formant mouth over a clean sine body. Vowel moves three formants from u to i, breath mixes air into "
      "them, bite drives the mouth into a growl and body sets the clean low layer.",
-     {"Mixes air into the voice.", "The vowel, from u through o, a and e to i.", "Drives the mouth into a growl.",
-      "The clean low layer under the mouth."}},
+     {"Mixes air into the voice.", "The vowel, from u through o, a and e to i.",
+      "Drives the mouth into a growl.", "The clean low layer under the mouth."}},
     {"MACHINE",
      "STRUCK AND SCRAPED",
      {"METAL", "SCRAPE", "STRIKE", "STEREO"},
@@ -84,7 +88,8 @@ constexpr Kind kinds[synthKinds] = {
     {"PERC",
      "STRUCK SKIN",
      {"TONE", "SWEEP", "SNAP", "DRIVE"},
-     "A synthesized drum voice played from notes. Perc model picks kick, tom, conga or metal; sweep bends the "
+     "A synthesized drum voice played from notes. Perc model picks kick, tom, conga or metal; sweep bends "
+     "the "
      "pitch down, snap adds the beater, tone colours it and drive saturates. Notes tune the drum, so a kick "
      "becomes an 808 bass.",
      {"The drum's brightness.", "How far the pitch falls on a hit.", "The sharpness of the beater.",

@@ -6,9 +6,27 @@
 namespace synth {
 
 enum class Op : u8 {
-  Submit, SetPlaying, StopPlayback, SetRecording, SetMetronome, SetCountIn, JumpTo, NoteOn, NoteOff, SetTouch,
-  SetAutomationPlayback, RestorePaused, HoldMarker, SetLoop, PlayFrom, RetireSample, CountIn, SetTick, StopAt,
-  Audition, StopAudition,
+  Submit,
+  SetPlaying,
+  StopPlayback,
+  SetRecording,
+  SetMetronome,
+  SetCountIn,
+  JumpTo,
+  NoteOn,
+  NoteOff,
+  SetTouch,
+  SetAutomationPlayback,
+  RestorePaused,
+  HoldMarker,
+  SetLoop,
+  PlayFrom,
+  RetireSample,
+  CountIn,
+  SetTick,
+  StopAt,
+  Audition,
+  StopAudition,
 };
 
 struct EngineCommand {

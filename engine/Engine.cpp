@@ -108,8 +108,8 @@ void Engine::noteOff(int track, int note) {
 bool Engine::setTouch(int track, int target, float value, bool on) {
   const bool ofBus = track >= 16 && track <= 18 && automation::isBusTarget(target);
   const bool ofTrack = track >= 0 && track <= 15 &&
-                       (automation::isTrackTarget(target) || automation::isMacroTarget(target)) && value >= 0 &&
-                       value <= 1;
+                       (automation::isTrackTarget(target) || automation::isMacroTarget(target)) &&
+                       value >= 0 && value <= 1;
   if (!ofBus && !ofTrack) return false;
   return send(Op::SetTouch, u32(track), u32(target), on, double(value));
 }
@@ -123,7 +123,8 @@ void Engine::restorePausedTransport(double position) {
 
 void Engine::holdMarker(int marker, bool on) { send(Op::HoldMarker, u32(marker), on); }
 void Engine::setLoop(const Loop& loop) {
-  send(Op::SetLoop, loop.on != 0, u32(std::clamp(loop.start, 0, 0xFFFFF)), u32(std::clamp(loop.end, 0, 0x100000)));
+  send(Op::SetLoop, loop.on != 0, u32(std::clamp(loop.start, 0, 0xFFFFF)),
+       u32(std::clamp(loop.end, 0, 0x100000)));
 }
 void Engine::playFrom(int step) { send(Op::PlayFrom, u32(std::clamp(step, 0, 0xFFFFF))); }
 void Engine::retireSample(int slot) {

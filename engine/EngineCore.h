@@ -114,8 +114,8 @@ struct Overrides {
 // One bound Lane row as it reads over a segment.
 struct LaneReader {
   u16 row = 0;
-  int target = 0;    // a Track, Macro or bus target, or the Move's index
-  u16 segment = 0;   // points that lie before the position
+  int target = 0;                          // a Track, Macro or bus target, or the Move's index
+  u16 segment = 0;                         // points that lie before the position
   float input = noValue, value = noValue;  // the last reading and its value in the target's unit
   bool moving = false;
   dsp::Block block;

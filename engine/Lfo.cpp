@@ -17,8 +17,10 @@ struct Setting {
 };
 
 Setting settingOf(const Track& t, int which) {
-  return which ? Setting{t.lfo2_shape, t.lfo2_sync, t.lfo2_retrigger, automation::LFO2_RATE, t.lfo2_phase, t.lfo2_rate}
-               : Setting{t.lfo_shape, t.lfo_sync, t.lfo_retrigger, automation::LFO_RATE, t.lfo_phase, t.lfo_rate};
+  return which ? Setting{t.lfo2_shape,          t.lfo2_sync,  t.lfo2_retrigger,
+                         automation::LFO2_RATE, t.lfo2_phase, t.lfo2_rate}
+               : Setting{t.lfo_shape,          t.lfo_sync,  t.lfo_retrigger,
+                         automation::LFO_RATE, t.lfo_phase, t.lfo_rate};
 }
 
 float randomAt(i64 k, u32 seed) {
@@ -74,8 +76,7 @@ void advanceOffsets(EngineCore& core, int n) {
     const Prepared& now = core.prepared[t];
     for (int which = 0; which < 2; which++) {
       const Setting s = settingOf(track, which);
-      const double stored =
-          s.sync ? syncCyclesPerStep(s.sync) * core.project->bpm / 15 : double(s.rate);
+      const double stored = s.sync ? syncCyclesPerStep(s.sync) * core.project->bpm / 15 : double(s.rate);
       const bool moving = now.moving >> s.target & 1;
       if (!moving && now.value[s.target] == s.rate) continue;
       for (int i = 0; i < n; i++) {

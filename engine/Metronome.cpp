@@ -17,7 +17,8 @@ void armClick(EngineCore& core, bool accent) {
 }
 
 void clickAtStep(EngineCore& core) {
-  if (core.transport.metronomeOn && core.transport.step % 4 == 0) armClick(core, core.transport.step % 16 == 0);
+  if (core.transport.metronomeOn && core.transport.step % 4 == 0)
+    armClick(core, core.transport.step % 16 == 0);
 }
 
 void addMetronome(EngineCore& core, dsp::Block& left, dsp::Block& right, int n) {

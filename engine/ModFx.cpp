@@ -50,8 +50,10 @@ float ModFx::read(int channel, float delay) const {
   const u32 whole = u32(place);
   const float f = place - float(whole);
   const u32 mask = lineSize_ - 1, at = write_ - whole;
-  const float a = line[(at + 1) & mask], b = line[at & mask], c = line[(at - 1) & mask], d = line[(at - 2) & mask];
-  return b + f * ((c - a) * 0.5f + f * (a - 2.5f * b + 2 * c - 0.5f * d + f * (1.5f * (b - c) + 0.5f * (d - a))));
+  const float a = line[(at + 1) & mask], b = line[at & mask], c = line[(at - 1) & mask],
+              d = line[(at - 2) & mask];
+  return b +
+         f * ((c - a) * 0.5f + f * (a - 2.5f * b + 2 * c - 0.5f * d + f * (1.5f * (b - c) + 0.5f * (d - a))));
 }
 
 void ModFx::process(float* left, float* right, int n, const float* sine) {

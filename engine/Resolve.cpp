@@ -13,15 +13,15 @@ using namespace automation;
 constexpr u64 bit(int target) { return u64(1) << target; }
 
 // Targets of which a voice alone is moved: a Lock on one Note must not bend its neighbours.
-constexpr u64 perVoice = bit(LFO_DEPTH) | bit(LFO2_DEPTH) | bit(DECAY) | bit(PITCH_ENV) | bit(PITCH_ENV_TIME) |
-                         bit(ATTACK) | bit(RELEASE) | bit(NOISE_MIX);
+constexpr u64 perVoice = bit(LFO_DEPTH) | bit(LFO2_DEPTH) | bit(DECAY) | bit(PITCH_ENV) |
+                         bit(PITCH_ENV_TIME) | bit(ATTACK) | bit(RELEASE) | bit(NOISE_MIX);
 // Targets that act where the voices are summed, so that a Lock on them is the Track's.
 constexpr u64 afterVoices = bit(LEVEL) | bit(PAN) | bit(SEND_1) | bit(SEND_2) | bit(WIDTH) | bit(DRIVE) |
-                            bit(MOD_MIX) | bit(HIGHPASS) | bit(MOD_RATE) | bit(MOD_DEPTH) | bit(MOD_FEEDBACK) |
-                            bit(LOWPASS) | bit(CRUSH_BITS) | bit(CRUSH_RATE) | bit(EQ_LOW) | bit(EQ_MID) |
-                            bit(EQ_MID_FREQ) | bit(EQ_HIGH) | bit(MOD_TONE) | bit(TRIM) | bit(MONO_BELOW) |
-                            bit(DUCK_AMOUNT) | bit(DUCK_RELEASE) | bit(ROOM_SIZE) | bit(ROOM_DECAY) |
-                            bit(ROOM_DAMP) | bit(ROOM_MIX) | perVoice;
+                            bit(MOD_MIX) | bit(HIGHPASS) | bit(MOD_RATE) | bit(MOD_DEPTH) |
+                            bit(MOD_FEEDBACK) | bit(LOWPASS) | bit(CRUSH_BITS) | bit(CRUSH_RATE) |
+                            bit(EQ_LOW) | bit(EQ_MID) | bit(EQ_MID_FREQ) | bit(EQ_HIGH) | bit(MOD_TONE) |
+                            bit(TRIM) | bit(MONO_BELOW) | bit(DUCK_AMOUNT) | bit(DUCK_RELEASE) |
+                            bit(ROOM_SIZE) | bit(ROOM_DECAY) | bit(ROOM_DAMP) | bit(ROOM_MIX) | perVoice;
 
 float storedValue(const Track& track, int target) {
   if (target == PITCH) return 0;
@@ -56,7 +56,8 @@ float readAt(LaneReader& reader, std::span<const LanePoint> points, double at) {
   if (reader.segment > count) reader.segment = 0;
   // Mostly the position has moved on by a point or none; after a jump a search finds it.
   if (reader.segment > 0 && points[reader.segment - 1].position > at) {
-    auto it = std::partition_point(points.begin(), points.end(), [&](auto& point) { return point.position <= at; });
+    auto it =
+        std::partition_point(points.begin(), points.end(), [&](auto& point) { return point.position <= at; });
     reader.segment = u16(it - points.begin());
   }
   while (reader.segment < count && points[reader.segment].position <= at) reader.segment++;
@@ -108,9 +109,9 @@ void bindLanes(EngineCore& core) {
     l.trackCount[t] = bindOwner(p, l.track[t], laneRow(t, 0), limits::lanesPerOwner,
                                 [](int target) { return isTrackTarget(target) || isMacroTarget(target); });
   for (int bus = 0; bus < 3; bus++)
-    l.busCount[bus] = bindOwner(p, l.bus[bus], laneRow(busOwner(bus), 0), limits::lanesPerOwner, [&](int target) {
-      return isBusTarget(target) && busHolds(p, bus, *targetInfo(target));
-    });
+    l.busCount[bus] =
+        bindOwner(p, l.bus[bus], laneRow(busOwner(bus), 0), limits::lanesPerOwner,
+                  [&](int target) { return isBusTarget(target) && busHolds(p, bus, *targetInfo(target)); });
   l.moveCount = bindOwner(p, l.move, limits::firstMasterLane, limits::masterLanes,
                           [](int target) { return target < performanceEffects; });
   clearLanes(core);
@@ -177,7 +178,8 @@ void readLanes(EngineCore& core) {
     for (int k = 0; k < l.busCount[bus]; k++) {
       LaneReader& reader = l.bus[bus][k];
       const float v = readAt(reader, lanePoints(*core.project, reader.row), core.clock.laneTime[0]);
-      core.overrides.busLane[reader.target - firstBusTarget] = hasValue(v) ? targetValue(reader.target, v) : noValue;
+      core.overrides.busLane[reader.target - firstBusTarget] =
+          hasValue(v) ? targetValue(reader.target, v) : noValue;
     }
   for (int k = 0; k < l.moveCount; k++) {
     LaneReader& reader = l.move[k];
@@ -223,8 +225,9 @@ void prepareBuses(EngineCore& core) {
   core.busDirty = false;
   for (int k = 0; k < busTargets; k++) {
     const param::Info* info = targetInfo(firstBusTarget + k);
-    core.busValue[k] = hasValue(o.busTouch[k]) ? o.busTouch[k] : hasValue(o.busLane[k]) ? o.busLane[k]
-                                                                                       : info->get(*core.project);
+    core.busValue[k] = hasValue(o.busTouch[k])  ? o.busTouch[k]
+                       : hasValue(o.busLane[k]) ? o.busLane[k]
+                                                : info->get(*core.project);
   }
 }
 

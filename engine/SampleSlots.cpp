@@ -24,7 +24,8 @@ float* SampleSlots::data(int slot, u32 frames) {
 }
 
 bool SampleSlots::publish(int slot, const u8 (&hash)[32], u32 frames) {
-  if (!inRange(slot) || zero(hash) || frames == 0 || frames > slots_[slot].capacity || !isFree(slot)) return false;
+  if (!inRange(slot) || zero(hash) || frames == 0 || frames > slots_[slot].capacity || !isFree(slot))
+    return false;
   Slot& s = slots_[slot];
   std::memcpy(s.hash, hash, sizeof hash);
   s.frames = frames;

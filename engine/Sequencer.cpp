@@ -17,7 +17,7 @@ namespace {
 constexpr i32 shortestSong = 16;
 constexpr i32 emptyPatternRoom = 255;
 
-using StepNotes = const NoteRec* [limits::slots];
+using StepNotes = const NoteRec * [limits::slots];
 
 i32 songSteps(const EngineCore& core) { return std::max<i32>(i32(core.index->songEnd), shortestSong); }
 
@@ -35,7 +35,8 @@ void notesAt(const EngineCore& core, int t, i32 step, StepNotes& out) {
   const ClipRec* clip = clipUnder(core, t, step);
   if (!clip) return;
   const Project& p = *core.project;
-  for (const NoteRec& note : stepNotes(p, t, clip->pattern, clipPhase(p, *clip, u32(step)))) out[note.slot & 7] = &note;
+  for (const NoteRec& note : stepNotes(p, t, clip->pattern, clipPhase(p, *clip, u32(step))))
+    out[note.slot & 7] = &note;
 }
 
 // On a mono Track the lowest pitch of a Step sounds, the lowest slot of two the same.
@@ -43,7 +44,8 @@ bool selected(const EngineCore& core, int t, const StepNotes& notes, int slot) {
   if (!playsMono(core, t)) return true;
   for (int k = 0; k < limits::slots; k++) {
     if (!notes[k] || k == slot) continue;
-    if (notes[k]->pitch < notes[slot]->pitch || (notes[k]->pitch == notes[slot]->pitch && k < slot)) return false;
+    if (notes[k]->pitch < notes[slot]->pitch || (notes[k]->pitch == notes[slot]->pitch && k < slot))
+      return false;
   }
   return true;
 }
@@ -148,7 +150,9 @@ void buildIndex(const Project& p, SongIndex& index) {
   }
 }
 
-bool validMarker(const EngineCore& core, i32 marker) { return marker >= 0 && marker < core.project->markerCount; }
+bool validMarker(const EngineCore& core, i32 marker) {
+  return marker >= 0 && marker < core.project->markerCount;
+}
 
 void sectionAround(const EngineCore& core, i32 step, i32& start, i32& end) {
   const Project& p = *core.project;

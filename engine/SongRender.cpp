@@ -56,7 +56,8 @@ class Stretch {
  private:
   // The fade lies on the file's end, not on the Song's.
   void finish(unsigned i, u64 index) {
-    const float gain = index + fadeFrames < total_ ? 1 : float(double(total_ - 1 - index) / double(fadeFrames));
+    const float gain =
+        index + fadeFrames < total_ ? 1 : float(double(total_ - 1 - index) / double(fadeFrames));
     for (float* x : {left_ + i, right_ + i}) {
       *x *= gain;
       require(std::isfinite(*x), "Non-finite audio during export");
@@ -121,12 +122,13 @@ bool renderSpan(const Project& project, u32 from, u32 to, int loops, AudioSink& 
   return true;
 }
 
-bool exportWav(const Project& project, const std::string& path, int loops, std::string& error, double tailSeconds) {
+bool exportWav(const Project& project, const std::string& path, int loops, std::string& error,
+               double tailSeconds) {
   return exportAudio(project, path, AudioFormat::Wav, loops, error, tailSeconds);
 }
 
-bool exportAudio(const Project& project, const std::string& path, AudioFormat format, int loops, std::string& error,
-                 double tailSeconds) {
+bool exportAudio(const Project& project, const std::string& path, AudioFormat format, int loops,
+                 std::string& error, double tailSeconds) {
   auto sink = makeFileSink(format, path);
   if (!sink) {
     error = "Unknown format";

@@ -27,8 +27,9 @@ bool renderSpan(const Project& project, u32 from, u32 to, int loops, AudioSink& 
 // How many frames one pass of a span lasts, with the fraction.
 double spanFrames(const Project& project, u32 from, u32 to);
 
-bool exportWav(const Project& project, const std::string& path, int loops, std::string& error, double tailSeconds);
-bool exportAudio(const Project& project, const std::string& path, AudioFormat format, int loops, std::string& error,
-                 double tailSeconds);
+bool exportWav(const Project& project, const std::string& path, int loops, std::string& error,
+               double tailSeconds);
+bool exportAudio(const Project& project, const std::string& path, AudioFormat format, int loops,
+                 std::string& error, double tailSeconds);
 
 }  // namespace synth

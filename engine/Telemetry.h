@@ -59,7 +59,8 @@ struct Telemetry {
 
 #pragma pack(pop)
 
-static_assert(sizeof(VoiceView) == 60 && sizeof(PadView) == 16 && sizeof(TrackView) == 52 && sizeof(SendView) == 36);
+static_assert(sizeof(VoiceView) == 60 && sizeof(PadView) == 16 && sizeof(TrackView) == 52 &&
+              sizeof(SendView) == 36);
 static_assert(sizeof(Telemetry) == 16060);
 
 }  // namespace synth

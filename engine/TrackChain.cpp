@@ -114,7 +114,8 @@ bool lowpassOn(float hz) { return hz < lowpassOff; }
 
 // A filter whose frequency moves within the segment, sample by sample.
 template <class On, class Setting>
-void movingFilter(const Value& hz, double rate, Block& signal, SvfState& state, int n, On on, Setting setting) {
+void movingFilter(const Value& hz, double rate, Block& signal, SvfState& state, int n, On on,
+                  Setting setting) {
   for (int i = 0; i < n; i++) {
     if (!on(hz[i])) {
       state = SvfState{};
@@ -138,8 +139,8 @@ struct FilterQueue {
 };
 
 template <class On, class Setting>
-void queueFilter(EngineCore& core, int t, int target, float& lastHz, SvfSetting& setting, SvfState (&state)[2],
-                 FilterQueue& queue, On on, Setting make) {
+void queueFilter(EngineCore& core, int t, int target, float& lastHz, SvfSetting& setting,
+                 SvfState (&state)[2], FilterQueue& queue, On on, Setting make) {
   Block &l = core.mix.trackL[t], &r = core.mix.trackR[t];
   const Value hz(core, t, target);
   if (!hz.any(core.clock.n, on)) {
@@ -356,8 +357,8 @@ bool rests(const EngineCore& core, int t) {
   }
   constexpr u64 crush = u64(1) << CRUSH_BITS | u64(1) << CRUSH_RATE;
   return s.modFx.idle() && core.track(t).mod_type == ModFx::Off && s.monoBelowState == 0 &&
-         now.value[CRUSH_BITS] <= 0 && now.value[CRUSH_RATE] <= 0 && !(now.moving & crush) && s.crushHeld[0] == 0 &&
-         s.crushHeld[1] == 0;
+         now.value[CRUSH_BITS] <= 0 && now.value[CRUSH_RATE] <= 0 && !(now.moving & crush) &&
+         s.crushHeld[0] == 0 && s.crushHeld[1] == 0;
 }
 
 void fadeMeters(EngineCore& core, int t, int n) {
@@ -412,7 +413,8 @@ void refreshTracks(EngineCore& core, bool snap) {
 void renderTracks(EngineCore& core) {
   const int n = core.clock.n;
   SegmentMix& mix = core.mix;
-  for (Block* b : {&mix.dryL, &mix.dryR, &mix.sendL[0], &mix.sendL[1], &mix.sendR[0], &mix.sendR[1]}) b->fill(0);
+  for (Block* b : {&mix.dryL, &mix.dryR, &mix.sendL[0], &mix.sendL[1], &mix.sendR[0], &mix.sendR[1]})
+    b->fill(0);
 
   bool works[limits::tracks], quietInput[limits::tracks];
   FilterQueue high, low;
@@ -428,7 +430,8 @@ void renderTracks(EngineCore& core) {
     levelTrack(core, t, l, r, !works[t], n);
     if (!works[t]) continue;
     TrackState& s = core.tracks[t];
-    queueFilter(core, t, HIGHPASS, s.highpassHz, s.highpass, s.highpassState, high, highpassOn, SvfSetting::high);
+    queueFilter(core, t, HIGHPASS, s.highpassHz, s.highpass, s.highpassState, high, highpassOn,
+                SvfSetting::high);
   }
   runSvfs(high.channels, high.count, n);
   for (int t = 0; t < limits::tracks; t++) {

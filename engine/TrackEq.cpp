@@ -54,7 +54,8 @@ Biquad peak(double hz, double db, double rate) {
 void designTrackEq(EngineCore& core, int t) {
   TrackState& s = core.tracks[t];
   const float* v = core.prepared[t].value;
-  const float now[4] = {v[automation::EQ_LOW], v[automation::EQ_MID], v[automation::EQ_MID_FREQ], v[automation::EQ_HIGH]};
+  const float now[4] = {v[automation::EQ_LOW], v[automation::EQ_MID], v[automation::EQ_MID_FREQ],
+                        v[automation::EQ_HIGH]};
   if (std::equal(now, now + 4, s.eqValues)) return;
   std::copy(now, now + 4, s.eqValues);
   const bool on = now[0] != 0 || now[1] != 0 || now[3] != 0;

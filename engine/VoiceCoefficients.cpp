@@ -15,10 +15,15 @@ float step(double rate, double seconds) { return float(1 / (rate * seconds)); }
 const VoiceCoefficients& coefficientsOf(EngineCore& core, Voice& v) {
   const Track& t = core.track(v.track);
   const double rate = core.rates.rate;
-  const float now[VoiceCoefficients::inputs] = {
-      voiceParam(core, v, automation::ATTACK), voiceParam(core, v, automation::DECAY),
-      voiceParam(core, v, automation::RELEASE), t.timbre_attack, t.timbre_decay, t.timbre_release,
-      t.filter_attack, t.filter_decay, t.filter_release};
+  const float now[VoiceCoefficients::inputs] = {voiceParam(core, v, automation::ATTACK),
+                                                voiceParam(core, v, automation::DECAY),
+                                                voiceParam(core, v, automation::RELEASE),
+                                                t.timbre_attack,
+                                                t.timbre_decay,
+                                                t.timbre_release,
+                                                t.filter_attack,
+                                                t.filter_decay,
+                                                t.filter_release};
   VoiceCoefficients& k = v.coefficients;
   auto changed = [&](int i) {
     if (k.seconds[i] == now[i]) return false;

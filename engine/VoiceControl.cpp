@@ -14,7 +14,17 @@ namespace {
 
 using namespace automation;
 
-enum LfoTarget : int { ToCutoff, ToPitch, ToAmp, ToPan, ToEngine1, ToEngine2, ToEngine3, ToEngine4, ToResonance };
+enum LfoTarget : int {
+  ToCutoff,
+  ToPitch,
+  ToAmp,
+  ToPan,
+  ToEngine1,
+  ToEngine2,
+  ToEngine3,
+  ToEngine4,
+  ToResonance
+};
 
 constexpr float filterDamping = 1.96f, ladderFeedback = 4.2f;
 
@@ -77,14 +87,14 @@ void controlFilter(EngineCore& core, Voice& v, const Track& track, const Modulat
   const float rate = float(core.rates.rate);
   float octaves = m.octaves;
   const float amount = voiceParam(core, v, FILTER_ENV);
-  if (amount != 0) octaves += amount * 4 * (v.control.ownFilterEnv ? v.filterEnv.level : std::fabs(v.contour));
+  if (amount != 0)
+    octaves += amount * 4 * (v.control.ownFilterEnv ? v.filterEnv.level : std::fabs(v.contour));
   if (track.velocity_brightness > 0) octaves += track.velocity_brightness * 4 * (v.velocity - 1);
   if (track.key_track > 0) octaves += track.key_track * float(math::log2(double(v.frequency) / 261.63));
   float hz = voiceParam(core, v, CUTOFF);
   if (octaves != 0) hz *= dsp::exp2Fast(octaves);
   hz = std::clamp(hz, 20.0f, rate * 0.42f);
-  if (first)
-    v.cutoff = std::min(v.cutoff, rate * 0.42f);
+  if (first) v.cutoff = std::min(v.cutoff, rate * 0.42f);
   v.cutoff += (hz - v.cutoff) * 0.22f;
 
   const float resonance = std::clamp(voiceParam(core, v, RESONANCE) + m.resonance, 0.0f, 1.0f);

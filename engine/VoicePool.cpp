@@ -55,7 +55,8 @@ Voice* forPolyLegato(EngineCore& core, int t) {
   if (all < 2 * polyphony) return freeVoice(core);
   Voice* quietest = nullptr;
   for (Voice& v : core.voices)
-    if (v.active && v.releasing && v.track == t && !v.ghost() && (!quietest || v.amp < quietest->amp)) quietest = &v;
+    if (v.active && v.releasing && v.track == t && !v.ghost() && (!quietest || v.amp < quietest->amp))
+      quietest = &v;
   return quietest;
 }
 
@@ -124,7 +125,8 @@ void start(EngineCore& core, int t, const Note& note, bool live, double gateEnd)
   for (int k = 0; k < count && count > 1; k++) {
     Voice* copy = k == 0 ? &core.voices[leader] : freeVoice(core);
     if (!copy)
-      copy = lowest(core, [&](const Voice& o) { return o.track == t && o.releasing && indexOf(core, o) != leader; });
+      copy = lowest(
+          core, [&](const Voice& o) { return o.track == t && o.releasing && indexOf(core, o) != leader; });
     if (!copy) continue;
     if (k > 0) {
       reset(*copy);
@@ -210,7 +212,8 @@ void endRecordedKey(EngineCore& core, int t, int note) {
   recorded.step = std::max(key.step, 0);
   recorded.note.pitch = u8(note);
   recorded.note.velocity = key.velocity;
-  const double steps = std::clamp(core.transport.songTime() - key.start, 0.0, double(std::max(key.maxLength, 1)));
+  const double steps =
+      std::clamp(core.transport.songTime() - key.start, 0.0, double(std::max(key.maxLength, 1)));
   recorded.note.length = u16(std::clamp(std::round(256 * steps), 1.0, 65535.0));
   if (!core.recorded.push(recorded)) core.droppedRecorded++;
 }

@@ -32,7 +32,8 @@ bool smooth(float& value, float target, float c, Block& out, int n) {
 bool pitch(const EngineCore& core, Voice& v, Block& inc, int n) {
   const float rate = float(core.rates.rate);
   auto step = [&] { return std::min(v.frequency * v.detuneRatio * v.pitchRatio / rate, 0.45f); };
-  const bool still = v.glideLeft == 0 && v.pitchRatio + (v.pitchTarget - v.pitchRatio) * 0.0625f == v.pitchRatio;
+  const bool still =
+      v.glideLeft == 0 && v.pitchRatio + (v.pitchTarget - v.pitchRatio) * 0.0625f == v.pitchRatio;
   if (still) {
     v.phaseInc = step();
     inc.fill(v.phaseInc);
@@ -250,7 +251,8 @@ struct FilterQueues {
 
 // ---- Pass 3: level, click, pan, declick.
 
-void applyLevel(const EngineCore& core, Voice& v, Block& mid, Block& side, const Block& amp, bool stereo, int n) {
+void applyLevel(const EngineCore& core, Voice& v, Block& mid, Block& side, const Block& amp, bool stereo,
+                int n) {
   const float va = v.control.velocityAmp;
   auto gainAt = [&](float velocity) {
     float g = velocity * 0.43f;

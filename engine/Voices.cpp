@@ -17,7 +17,8 @@ enum Mode : int { Poly, Retrigger, Legato, PolyLegato };
 Voice* newest(EngineCore& core, int track) {
   Voice* best = nullptr;
   for (Voice& v : core.voices)
-    if (v.active && v.track == track && !v.ghost() && !v.stolen && (!best || v.serial > best->serial)) best = &v;
+    if (v.active && v.track == track && !v.ghost() && !v.stolen && (!best || v.serial > best->serial))
+      best = &v;
   return best;
 }
 
@@ -81,7 +82,8 @@ void startMono(EngineCore& core, int t, const Note& note, bool live, bool again,
 void startPolyLegato(EngineCore& core, int t, const Note& note, bool live, double gateEnd) {
   const double now = core.transport.songTime();
   for (Voice& v : core.voices)
-    if (v.active && v.track == t && !v.ghost() && !v.releasing && !v.live && v.gateEnd <= now) releaseVoice(core, v);
+    if (v.active && v.track == t && !v.ghost() && !v.releasing && !v.live && v.gateEnd <= now)
+      releaseVoice(core, v);
   Voice* same = nullptr;
   for (Voice& v : core.voices)
     if (v.active && v.track == t && !v.ghost() && !v.stolen && v.note == note.pitch &&

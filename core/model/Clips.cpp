@@ -36,7 +36,9 @@ int clipNear(const Project& p, int track, u32 step) {
   int best = -1;
   u32 bestDistance = 0;
   for (const ClipRec& clip : clipsOf(p, track)) {
-    const u32 distance = step < clip.start ? clip.start - step : step >= clipEnd(clip) ? step - clipEnd(clip) + 1 : 0;
+    const u32 distance = step < clip.start       ? clip.start - step
+                         : step >= clipEnd(clip) ? step - clipEnd(clip) + 1
+                                                 : 0;
     if (best >= 0 && distance >= bestDistance) continue;
     best = int(&clip - p.clips);
     bestDistance = distance;
@@ -63,7 +65,8 @@ bool addClip(Project& p, const ClipRec& clip) {
   if (pattern < 0 || p.patterns[pattern].isFront || clip.offset >= p.patterns[pattern].length) return false;
   if (!clip.repeats && clip.offset + clip.length > p.patterns[pattern].length) return false;
   auto own = clipsOf(p, clip.track);
-  auto next = std::partition_point(own.begin(), own.end(), [&](const ClipRec& c) { return c.start < clip.start; });
+  auto next =
+      std::partition_point(own.begin(), own.end(), [&](const ClipRec& c) { return c.start < clip.start; });
   if (next != own.end() && next->start < clipEnd(clip)) return false;
   if (next != own.begin() && clipEnd(*(next - 1)) > clip.start) return false;
   const size_t at = size_t(own.data() - p.clips) + size_t(next - own.begin());

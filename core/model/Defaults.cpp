@@ -4,11 +4,11 @@
 #include <cstring>
 
 #include "core/Names.h"
+#include "core/model/Clips.h"
+#include "core/model/Tracks.h"
 #include "core/params/Options.h"
 #include "core/params/Registry.h"
 #include "core/params/Targets.h"
-#include "core/model/Clips.h"
-#include "core/model/Tracks.h"
 
 namespace synth {
 namespace {
@@ -18,10 +18,12 @@ struct Mix {
 };
 
 constexpr Mix starterMix[limits::tracks] = {
-    {0.7f, 0, 0, 0.04f},         {0.3f, 0, 0.12f, 0.03f},     {0.5f, -0.1f, 0.08f, 0.15f}, {0.45f, 0.12f, 0.15f, 0.2f},
-    {0.45f, 0, 0.05f, 0.3f},     {0.45f, 0.1f, 0, 0.3f},      {0.45f, 0, 0.2f, 0.15f},     {0.4f, -0.15f, 0.1f, 0.35f},
-    {0.45f, 0.15f, 0.1f, 0.2f},  {0.45f, -0.2f, 0.1f, 0.2f},  {0.45f, 0.2f, 0.1f, 0.2f},   {0.45f, 0, 0.1f, 0.2f},
-    {0.45f, -0.25f, 0.1f, 0.2f}, {0.45f, 0.25f, 0.1f, 0.2f},  {0.45f, -0.1f, 0.1f, 0.2f},  {0.45f, 0.1f, 0.1f, 0.2f},
+    {0.7f, 0, 0, 0.04f},         {0.3f, 0, 0.12f, 0.03f},     {0.5f, -0.1f, 0.08f, 0.15f},
+    {0.45f, 0.12f, 0.15f, 0.2f}, {0.45f, 0, 0.05f, 0.3f},     {0.45f, 0.1f, 0, 0.3f},
+    {0.45f, 0, 0.2f, 0.15f},     {0.4f, -0.15f, 0.1f, 0.35f}, {0.45f, 0.15f, 0.1f, 0.2f},
+    {0.45f, -0.2f, 0.1f, 0.2f},  {0.45f, 0.2f, 0.1f, 0.2f},   {0.45f, 0, 0.1f, 0.2f},
+    {0.45f, -0.25f, 0.1f, 0.2f}, {0.45f, 0.25f, 0.1f, 0.2f},  {0.45f, -0.1f, 0.1f, 0.2f},
+    {0.45f, 0.1f, 0.1f, 0.2f},
 };
 
 constexpr u8 trackCountOfNewProject = 4;
@@ -63,7 +65,8 @@ Track starterTrack(int slot) {
 }
 
 Track originTrack(const Track& track) {
-  return track.origin < limits::tracks ? starterTrack(track.origin) : defaultTrack(TrackKind(track.track_kind));
+  return track.origin < limits::tracks ? starterTrack(track.origin)
+                                       : defaultTrack(TrackKind(track.track_kind));
 }
 
 void setSynthKind(Track& track, int kind) {
@@ -96,8 +99,10 @@ void applyLfoQuick(Track& track, int lfo, LfoQuick quick) {
     f32 rate, depth;
   };
   constexpr u8 sine = 0, triangle = 1, smooth = 6, cutoff = 0, pitch = 1, amp = 2;
-  constexpr Movement movements[] = {
-      {sine, amp, 5, 0.5f}, {sine, pitch, 5.5f, 0.2f}, {triangle, cutoff, 2, 0.6f}, {smooth, pitch, 0.3f, 0.1f}};
+  constexpr Movement movements[] = {{sine, amp, 5, 0.5f},
+                                    {sine, pitch, 5.5f, 0.2f},
+                                    {triangle, cutoff, 2, 0.6f},
+                                    {smooth, pitch, 0.3f, 0.1f}};
   if (quick > LfoQuick::Drift) return;
   const Movement& m = movements[int(quick)];
   (lfo ? track.lfo2_shape : track.lfo_shape) = m.shape;

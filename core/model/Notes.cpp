@@ -13,7 +13,8 @@ namespace {
 std::span<const NoteRec> rowsBetween(const Project& p, int track, int id, int from, int to) {
   auto key = [](const NoteRec& n) { return std::tuple(int(n.track), int(n.pattern), int(n.step)); };
   auto end = p.notes + p.noteCount;
-  auto first = std::partition_point(p.notes, end, [&](auto& n) { return key(n) < std::tuple(track, id, from); });
+  auto first =
+      std::partition_point(p.notes, end, [&](auto& n) { return key(n) < std::tuple(track, id, from); });
   auto last = std::partition_point(first, end, [&](auto& n) { return key(n) < std::tuple(track, id, to); });
   return {first, last};
 }

@@ -17,7 +17,8 @@ bool before(const PatternRec& row, int track, int id) {
 
 int lowerBound(const Project& p, int track, int id) {
   auto end = p.patterns + p.patternCount;
-  auto it = std::partition_point(p.patterns, end, [&](const PatternRec& row) { return before(row, track, id); });
+  auto it =
+      std::partition_point(p.patterns, end, [&](const PatternRec& row) { return before(row, track, id); });
   return int(it - p.patterns);
 }
 
@@ -72,7 +73,8 @@ int frontOf(const Project& p, int track, int id) {
 }
 
 bool addPatternAt(Project& p, int track, int id, int length) {
-  if (track < 0 || track >= limits::tracks || id < 0 || id > 65535 || p.patternCount >= limits::patterns) return false;
+  if (track < 0 || track >= limits::tracks || id < 0 || id > 65535 || p.patternCount >= limits::patterns)
+    return false;
   const int at = lowerBound(p, track, id);
   if (at < p.patternCount && p.patterns[at].track == track && p.patterns[at].id == id) return false;
   arena::open(p.patterns, p.patternCount, size_t(at), 1);
@@ -95,9 +97,10 @@ int clonePattern(Project& p, int track, int id) {
   if (source < 0) return -1;
   const int frontId = front < 0 ? -1 : p.patterns[front].id;
   const int frontLength = front < 0 ? 0 : p.patterns[front].length;
-  const size_t notes = patternNotes(p, track, id).size() +
-                       (front < 0 ? 0 : patternNotes(p, track, frontId).size());
-  if (p.noteCount + notes > limits::notes || p.patternCount + (front < 0 ? 1 : 2) > limits::patterns) return -1;
+  const size_t notes =
+      patternNotes(p, track, id).size() + (front < 0 ? 0 : patternNotes(p, track, frontId).size());
+  if (p.noteCount + notes > limits::notes || p.patternCount + (front < 0 ? 1 : 2) > limits::patterns)
+    return -1;
   const int copy = addPattern(p, track, p.patterns[source].length);
   if (copy < 0) return -1;
   replaceNotes(p, track, copy, shifted(patternNotes(p, track, id), copy, 0, 0, limits::patternLength));

@@ -69,7 +69,8 @@ bool pinsHold(const PinList& list, bool ofTrack) {
 
 bool sampleHolds(const Track& t) {
   if (!cleanText(t.sample_name, limits::shortName)) return false;
-  const bool none = std::all_of(std::begin(t.sample_hash), std::end(t.sample_hash), [](u8 b) { return b == 0; });
+  const bool none =
+      std::all_of(std::begin(t.sample_hash), std::end(t.sample_hash), [](u8 b) { return b == 0; });
   if (none && t.sample_name[0]) return false;
   return t.sample_root <= 127 && std::fabs(t.sample_tune) <= 100;
 }
@@ -92,7 +93,8 @@ const char* projectFault(const Project& p) {
   if (!projectRowsHold(p, false)) return "Invalid master or effects parameter";
   if (!projectRowsHold(p, true)) return "Invalid Send effect";
   if (!std::memchr(p.name, 0, sizeof p.name)) return "Project name must be terminated";
-  if (!param::inRange(*param::find("key_root"), p.key_root) || !param::inRange(*param::find("key_scale"), p.key_scale))
+  if (!param::inRange(*param::find("key_root"), p.key_root) ||
+      !param::inRange(*param::find("key_scale"), p.key_scale))
     return "Invalid key";
   for (const PinList& list : p.busPins)
     if (!pinsHold(list, false)) return "Invalid Pins";

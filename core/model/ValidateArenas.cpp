@@ -49,14 +49,15 @@ const char* patternFault(const Project& p) {
 const char* clipFault(const Project& p, std::vector<bool>& played) {
   for (int i = 0; i < p.clipCount; i++) {
     const ClipRec& c = p.clips[i];
-    if (c.track >= limits::tracks || c.repeats > 1 || c.reserved || c.length == 0 || c.start >= limits::songSteps ||
-        c.length > limits::songSteps - c.start)
+    if (c.track >= limits::tracks || c.repeats > 1 || c.reserved || c.length == 0 ||
+        c.start >= limits::songSteps || c.length > limits::songSteps - c.start)
       return "Invalid Clip";
     const int row = patternIndex(p, c.track, c.pattern);
     if (row < 0) return "Clip of a missing Pattern";
     if (c.offset >= p.patterns[row].length) return "Clip offset outside its Pattern";
     if (p.patterns[row].isFront) return "Clip of a Pattern's front";
-    if (!c.repeats && c.offset + c.length > p.patterns[row].length) return "Clip without Repeats past its loop";
+    if (!c.repeats && c.offset + c.length > p.patterns[row].length)
+      return "Clip without Repeats past its loop";
     played[size_t(row)] = true;
   }
   for (int i = 1; i < p.clipCount; i++) {
@@ -102,7 +103,8 @@ bool locksHold(const NoteRec& note, bool drums) {
 
 bool patternOfNoteExists(const Project& p, const NoteRec& note, int& row) {
   auto fits = [&](int r) {
-    return r >= 0 && r < p.patternCount && p.patterns[r].track == note.track && p.patterns[r].id == note.pattern;
+    return r >= 0 && r < p.patternCount && p.patterns[r].track == note.track &&
+           p.patterns[r].id == note.pattern;
   };
   if (!fits(row)) row = patternIndex(p, note.track, note.pattern);
   return fits(row);
@@ -162,10 +164,12 @@ const char* laneFault(const Project& p) {
   for (int r = 0; r < limits::firstMasterLane; r++)
     if (!targetHolds(p.lanes[r], r)) return "Invalid automation lane";
   for (int r = limits::firstMasterLane; r < limits::lanes; r++)
-    if (p.lanes[r].enabled > 1 || p.lanes[r].target > automation::performanceEffects) return "Invalid master lane";
+    if (p.lanes[r].enabled > 1 || p.lanes[r].target > automation::performanceEffects)
+      return "Invalid master lane";
   for (int i = 0; i < p.lanePointCount; i++) {
     const LanePoint& point = p.lanePoints[i];
-    if (point.reserved || point.rest > 1 || (point.rest && point.value) || point.position > limits::lanePosition)
+    if (point.reserved || point.rest > 1 || (point.rest && point.value) ||
+        point.position > limits::lanePosition)
       return "Invalid lane point";
   }
   return nullptr;

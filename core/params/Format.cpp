@@ -32,7 +32,9 @@ namespace param {
 namespace {
 
 bool keyIs(const Info& info, const char* key) { return std::strcmp(info.key, key) == 0; }
-bool keyBegins(const Info& info, const char* prefix) { return std::strncmp(info.key, prefix, std::strlen(prefix)) == 0; }
+bool keyBegins(const Info& info, const char* prefix) {
+  return std::strncmp(info.key, prefix, std::strlen(prefix)) == 0;
+}
 
 bool namesEngineControl(const Info& info, const char* label) {
   return std::strncmp(label, "ENGINE ", 7) == 0 &&

@@ -71,7 +71,9 @@ void Info::set(f32 value, Project& project, int track, int pad) const {
   write(*this, value, &project, place(*this, track, pad));
 }
 f32 Info::get(const Track& track, int pad) const { return read(*this, &track, placeInTrack(*this, pad)); }
-void Info::set(f32 value, Track& track, int pad) const { write(*this, value, &track, placeInTrack(*this, pad)); }
+void Info::set(f32 value, Track& track, int pad) const {
+  write(*this, value, &track, placeInTrack(*this, pad));
+}
 
 int Info::instances() const {
   return scope == ScopeProject ? 1 : scope == ScopeTrack ? limits::tracks : limits::tracks * limits::pads;
@@ -83,13 +85,15 @@ std::span<const Info> all() { return table().rows; }
 
 const Info* find(u16 id) {
   auto& index = table().byId;
-  auto it = std::lower_bound(index.begin(), index.end(), id, [](auto row, u16 wanted) { return row->id < wanted; });
+  auto it =
+      std::lower_bound(index.begin(), index.end(), id, [](auto row, u16 wanted) { return row->id < wanted; });
   return it != index.end() && (*it)->id == id ? *it : nullptr;
 }
 
 const Info* find(std::string_view key) {
   auto& index = table().byKey;
-  auto it = std::lower_bound(index.begin(), index.end(), key, [](auto row, auto wanted) { return row->key < wanted; });
+  auto it = std::lower_bound(index.begin(), index.end(), key,
+                             [](auto row, auto wanted) { return row->key < wanted; });
   return it != index.end() && (*it)->key == key ? *it : nullptr;
 }
 
@@ -131,7 +135,9 @@ bool inRange(const Info& info, f32 value) {
 
 const char* meaning(const Info& info) { return info.meaning; }
 
-const char* scopeName(Scope scope) { return scope == ScopeProject ? "project" : scope == ScopeTrack ? "track" : "pad"; }
+const char* scopeName(Scope scope) {
+  return scope == ScopeProject ? "project" : scope == ScopeTrack ? "track" : "pad";
+}
 const char* curveName(Curve curve) {
   constexpr const char* names[] = {"linear", "log", "integer", "enum"};
   return names[curve];

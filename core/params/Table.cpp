@@ -41,10 +41,10 @@ const char* const choke[] = {"NONE", "GROUP 1", "GROUP 2", "GROUP 3", "GROUP 4"}
 const char* const tapeHeads[] = {"1", "2", "3", "1+2", "1+3", "2+3", "1+2+3"};
 const char* const shimmerPitch[] = {"+12", "+7", "+19", "+24", "-12"};
 const char* const chorusMode[] = {"CHORUS", "ENSEMBLE"};
-const char* const visuals[] = {"AUTO",       "PRISM",       "PILE DRIVER", "PUMP JACK",       "PINBALL",
-                               "ROCKET",     "TESLA COIL",  "LEAD ORGAN",  "SPIROGRAPH",      "BELLS",
-                               "WIND MACHINE", "WAVETABLE PRISM", "MURMURATION", "MOUTH",     "FORGE",
-                               "FILM REEL",  "DRUM",        "ARCADE"};
+const char* const visuals[] = {
+    "AUTO",        "PRISM",      "PILE DRIVER", "PUMP JACK", "PINBALL",      "ROCKET",
+    "TESLA COIL",  "LEAD ORGAN", "SPIROGRAPH",  "BELLS",     "WIND MACHINE", "WAVETABLE PRISM",
+    "MURMURATION", "MOUTH",      "FORGE",       "FILM REEL", "DRUM",         "ARCADE"};
 
 // "BASS" for a whole starter Track, "BASS PAD 3" for one Pad of it.
 struct DuckSources {
@@ -74,10 +74,11 @@ class Builder {
  public:
   std::vector<Info> rows;
 
-  void add(u16 id, const char* key, const char* label, Scope scope, const char* unit, Curve curve, f32 min, f32 max,
-           Options options, u32 offset, bool isByte, const char* meaning) {
-    rows.push_back({id, key, label, group_, unit, scope, curve, applies_, min, options.labels && max == 0 ? f32(options.count - 1) : max,
-                    options.labels, u8(options.count), mix_, meaning, offset, isByte});
+  void add(u16 id, const char* key, const char* label, Scope scope, const char* unit, Curve curve, f32 min,
+           f32 max, Options options, u32 offset, bool isByte, const char* meaning) {
+    rows.push_back({id, key, label, group_, unit, scope, curve, applies_, min,
+                    options.labels && max == 0 ? f32(options.count - 1) : max, options.labels,
+                    u8(options.count), mix_, meaning, offset, isByte});
   }
   void group(const char* name, Applies applies = AnyTrack) {
     group_ = name;
@@ -95,24 +96,24 @@ class Builder {
 
 // Field of a Project, of the Send effect `bus`, of a Track, of a Pad: id, field (its key), label, unit,
 // curve, min, max, meaning. Enumerations name their labels instead of a range.
-#define P(id, field, label, unit, curve, lo, hi, text) \
+#define P(id, field, label, unit, curve, lo, hi, text)                                        \
   b.add(id, #field, label, ScopeProject, unit, curve, lo, hi, none, offsetof(Project, field), \
         byteField<decltype(Project::field)>, text)
 #define PE(id, field, label, labels, text) \
   b.add(id, #field, label, ScopeProject, "", Enumeration, 0, 0, labels, offsetof(Project, field), true, text)
 #define S_AT(field) u32((bus ? offsetof(Project, fx2) : offsetof(Project, fx1)) + offsetof(SendFx, field))
-#define S(n, field, label, unit, curve, lo, hi, text) \
-  b.add(u16(400 + 100 * bus + n), bus ? "fx2_" #field : "fx1_" #field, label, ScopeProject, unit, curve, lo, hi, \
-        none, S_AT(field), false, text)
-#define SE(n, field, label, labels, text) \
-  b.add(u16(400 + 100 * bus + n), bus ? "fx2_" #field : "fx1_" #field, label, ScopeProject, "", Enumeration, 0, 0, \
-        labels, S_AT(field), true, text)
-#define T(id, field, label, unit, curve, lo, hi, text) \
+#define S(n, field, label, unit, curve, lo, hi, text)                                                        \
+  b.add(u16(400 + 100 * bus + n), bus ? "fx2_" #field : "fx1_" #field, label, ScopeProject, unit, curve, lo, \
+        hi, none, S_AT(field), false, text)
+#define SE(n, field, label, labels, text)                                                                    \
+  b.add(u16(400 + 100 * bus + n), bus ? "fx2_" #field : "fx1_" #field, label, ScopeProject, "", Enumeration, \
+        0, 0, labels, S_AT(field), true, text)
+#define T(id, field, label, unit, curve, lo, hi, text)                                    \
   b.add(id, #field, label, ScopeTrack, unit, curve, lo, hi, none, offsetof(Track, field), \
         byteField<decltype(Track::field)>, text)
 #define TE(id, field, label, labels, text) \
   b.add(id, #field, label, ScopeTrack, "", Enumeration, 0, 0, labels, offsetof(Track, field), true, text)
-#define D(id, field, label, unit, curve, lo, hi, text) \
+#define D(id, field, label, unit, curve, lo, hi, text)                                  \
   b.add(id, #field, label, ScopePad, unit, curve, lo, hi, none, offsetof(Track, field), \
         byteField<decltype(Track::field)>, text)
 #define DE(id, field, label, labels, text) \
@@ -139,8 +140,8 @@ void sendTypes(Builder& b) {
   P(22, fx_chain, "INTO II", "%", Linear, 0, 1, "How much of Send I feeds Send II.");
   for (int bus : {SendI, SendII}) {
     SE(0, type, "TYPE", of(options::fxType), "The effect in this Send slot.");
-    b.add(u16(401 + 100 * bus), bus ? "fx2_return" : "fx1_return", "RETURN", ScopeProject, "%", Linear, 0, 2, none,
-          S_AT(returnLevel), false, "How loud the effect comes back into the mix.");
+    b.add(u16(401 + 100 * bus), bus ? "fx2_return" : "fx1_return", "RETURN", ScopeProject, "%", Linear, 0, 2,
+          none, S_AT(returnLevel), false, "How loud the effect comes back into the mix.");
   }
 }
 
@@ -182,7 +183,8 @@ void tapeRows(Builder& b, int bus) {
   SE(27, tape_preset, "PRESET", presetsOf(FX_TAPE), "The tape preset that was loaded last.");
   SE(28, tape_heads, "HEADS", of(tapeHeads), "Which playback heads of the tape are heard.");
   SE(29, tape_sync, "SYNC", of(options::sync), "Ties the head spacing to the tempo; FREE uses RATE.");
-  S(30, tape_rate, "RATE", "", Logarithmic, 0.5f, 2, "The speed of the tape: faster brings the echoes closer.");
+  S(30, tape_rate, "RATE", "", Logarithmic, 0.5f, 2,
+    "The speed of the tape: faster brings the echoes closer.");
   S(31, tape_intensity, "INTENSITY", "%", Linear, 0, 1.1f, "How much of the echoes is recorded again.");
   S(32, tape_tone, "TONE", "", Linear, -1, 1, "Tilts the echoes from dark to bright.");
   S(33, tape_wow, "WOW", "%", Linear, 0, 1, "Lets the tape run unevenly.");
@@ -199,7 +201,8 @@ void plateRows(Builder& b, int bus) {
   S(41, plate_mod, "MOD", "%", Linear, 0, 1, "Slow movement inside the plate.");
   S(42, plate_width, "WIDTH", "%", Linear, 0, 1, "How wide the plate sounds.");
   S(43, plate_low_cut, "LOW CUT", "Hz", Logarithmic, 20, 2000, "Keeps the lows out of the plate.");
-  S(44, plate_gate, "GATE", "s", Linear, 0, 0.6f, "Cuts the plate off this long after a hit; 0 lets it ring.");
+  S(44, plate_gate, "GATE", "s", Linear, 0, 0.6f,
+    "Cuts the plate off this long after a hit; 0 lets it ring.");
 }
 
 void shimmerRows(Builder& b, int bus) {
@@ -215,9 +218,9 @@ void shimmerRows(Builder& b, int bus) {
 }
 
 void masterEqRows(Builder& b) {
-  static const char* const keys[] = {"master_eq_31", "master_eq_63", "master_eq_125", "master_eq_250",
-                                     "master_eq_500", "master_eq_1k", "master_eq_2k", "master_eq_4k",
-                                     "master_eq_8k", "master_eq_16k"};
+  static const char* const keys[] = {"master_eq_31",  "master_eq_63", "master_eq_125", "master_eq_250",
+                                     "master_eq_500", "master_eq_1k", "master_eq_2k",  "master_eq_4k",
+                                     "master_eq_8k",  "master_eq_16k"};
   static const char* const labels[] = {"31", "63", "125", "250", "500", "1K", "2K", "4K", "8K", "16K"};
   b.group("MASTER EQ");
   for (int i = 0; i < 10; i++)
@@ -228,7 +231,8 @@ void masterEqRows(Builder& b) {
 
 void sourceRows(Builder& b) {
   b.group("TRACK");
-  TE(214, track_kind, "KIND", of(options::trackKind), "Whether the Track plays notes or a kit of eight Pads.");
+  TE(214, track_kind, "KIND", of(options::trackKind),
+     "Whether the Track plays notes or a kit of eight Pads.");
   b.group("ENGINE", MelodicOnly);
   TE(100, engine, "ENGINE", of(engineNames), "The kind of synthesis that makes the sound.");
   T(101, engine1, "ENGINE 1", "%", Linear, 0, 1, nullptr);
@@ -237,7 +241,8 @@ void sourceRows(Builder& b) {
   T(104, engine4, "ENGINE 4", "%", Linear, 0, 1, nullptr);
   TE(151, perc_model, "MODEL", of(options::drumModel), "Which drum the PERC engine plays.");
   T(205, osc_b_level, "OSC B", "%", Linear, 0, 1, "The level of the second oscillator.");
-  T(210, osc_b_shape, "B SHAPE", "", Linear, -1, 1, "The second oscillator's wave; below zero it mirrors the first.");
+  T(210, osc_b_shape, "B SHAPE", "", Linear, -1, 1,
+    "The second oscillator's wave; below zero it mirrors the first.");
   TE(213, analog_mode, "MODE", of(analogMode), "Two free oscillators, or a second one synced to the first.");
 }
 
@@ -254,7 +259,8 @@ void mixRows(Builder& b) {
   T(156, highpass, "LOW CUT", "Hz", Logarithmic, 20, 4000, "Cuts everything below this frequency.");
   T(186, width, "WIDTH", "%", Linear, 0, 2, "Narrows the sound to mono or widens it.");
   T(203, trim, "TRIM", "dB", Linear, -24, 24, "The sound's own level, before the mix.");
-  T(204, mono_below, "MONO BELOW", "Hz", Logarithmic, 20, 1000, "Makes everything below this frequency mono.");
+  T(204, mono_below, "MONO BELOW", "Hz", Logarithmic, 20, 1000,
+    "Makes everything below this frequency mono.");
 }
 
 void filterAndAmpRows(Builder& b) {
@@ -293,15 +299,18 @@ void voiceRows(Builder& b) {
   T(142, unison_detune, "DETUNE", "%", Linear, 0, 1, "How far the unison copies are out of tune.");
   T(143, unison_spread, "SPREAD", "%", Linear, 0, 1, "How wide the unison copies stand.");
   T(150, velocity_amp, "VEL AMP", "%", Linear, 0, 1, "How much velocity changes the loudness.");
-  TE(201, poly_glide_mode, "GLIDE MODE", of(glideMode), "Whether all notes of a chord glide, or only slides.");
-  T(211, key_sync, "KEY SYNC", "", Integer, 0, 1, "Starts the oscillators anew when a note takes over a voice.");
+  TE(201, poly_glide_mode, "GLIDE MODE", of(glideMode),
+     "Whether all notes of a chord glide, or only slides.");
+  T(211, key_sync, "KEY SYNC", "", Integer, 0, 1,
+    "Starts the oscillators anew when a note takes over a voice.");
   b.group("TIMBRE", MelodicOnly);
   TE(127, timbre_target, "TARGET", of(timbreTarget), "Which engine control the timbre envelope moves.");
   T(130, timbre_amount, "AMOUNT", "", Linear, -1, 1, "How far the timbre envelope moves it.");
   T(131, timbre_attack, "ATTACK", "s", Logarithmic, 0.001f, 5, "How long the timbre takes to get there.");
   T(132, timbre_decay, "DECAY", "s", Logarithmic, 0.01f, 5, "How fast the timbre falls back.");
   T(133, timbre_sustain, "SUSTAIN", "%", Linear, 0, 1, "The timbre that a held note keeps.");
-  T(134, timbre_release, "RELEASE", "s", Logarithmic, 0.01f, 8, "How fast the timbre lets go after the note.");
+  T(134, timbre_release, "RELEASE", "s", Logarithmic, 0.01f, 8,
+    "How fast the timbre lets go after the note.");
 }
 
 void pitchAndSourceRows(Builder& b) {
@@ -351,7 +360,8 @@ void insertRows(Builder& b) {
   TE(180, mod_type, "TYPE", of(modType), "The Track's modulation effect.");
   T(181, mod_rate, "RATE", "Hz", Logarithmic, 0.02f, 10, "How fast the effect moves.");
   T(182, mod_depth, "DEPTH", "%", Linear, 0, 1, "How far the effect moves.");
-  T(183, mod_feedback, "FEEDBACK", "", Linear, -0.95f, 0.95f, "Feeds the effect back into itself; for VINYL, dust.");
+  T(183, mod_feedback, "FEEDBACK", "", Linear, -0.95f, 0.95f,
+    "Feeds the effect back into itself; for VINYL, dust.");
   T(184, mod_mix, "MIX", "%", Linear, 0, 1, "How much of the effect is heard.");
   T(185, mod_tone, "TONE", "%", Linear, 0, 1, "The effect's brightness.");
   TE(202, mod_sync, "SYNC", of(options::sync), "Ties the effect to the tempo; FREE uses RATE.");
@@ -383,7 +393,8 @@ void visualDuckAndSampleRows(Builder& b) {
   T(198, drawbar_8, "1 1/3'", "%", Linear, 0, 1, "The 1 1/3' bar: two octaves and a fifth above.");
   b.group("SAMPLE", MelodicOnly);
   TE(215, sample_mode, "MODE", of(sampleMode), "Plays the Sample through, or loops it while a key is held.");
-  T(216, sample_root, "ROOT", "note", Integer, 0, 127, "The note at which the Sample plays at its own pitch.");
+  T(216, sample_root, "ROOT", "note", Integer, 0, 127,
+    "The note at which the Sample plays at its own pitch.");
   T(217, sample_tune, "TUNE", "ct", Linear, -100, 100, "Tunes the Sample in hundredths of a semitone.");
   T(234, sample_speed, "SPEED", "×", Logarithmic, 0.25f, 4, "How fast the Sample runs, its pitch with it.");
   T(218, sample_lofi, "LO-FI", "%", Linear, 0, 1, "Coarsens the Sample as an old machine would.");
@@ -426,8 +437,9 @@ std::vector<Info> tableRows() {
     const char* group;
     Rows rows;
   };
-  for (const Kind& kind : {Kind{"DELAY", delayRows}, Kind{"HALL", hallRows}, Kind{"CHORUS", chorusRows},
-                           Kind{"TAPE ECHO", tapeRows}, Kind{"PLATE", plateRows}, Kind{"SHIMMER", shimmerRows}}) {
+  for (const Kind& kind :
+       {Kind{"DELAY", delayRows}, Kind{"HALL", hallRows}, Kind{"CHORUS", chorusRows},
+        Kind{"TAPE ECHO", tapeRows}, Kind{"PLATE", plateRows}, Kind{"SHIMMER", shimmerRows}}) {
     b.group(kind.group);
     kind.rows(b, SendI);
     kind.rows(b, SendII);

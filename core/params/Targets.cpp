@@ -15,25 +15,26 @@ namespace {
 
 // Keys of the Track targets in order; PITCH alone has no row.
 constexpr const char* trackKeys[trackTargets] = {
-    "engine1",      "engine2",        "engine3",    "engine4",     "cutoff",       "resonance",  "level",
-    "pan",          "send_1",         "send_2",     "filter_env",  nullptr,        "insert_drive", "mod_mix",
-    "lfo_depth",    "lfo2_depth",     "highpass",   "decay",       "width",        "glide",      "lfo_rate",
-    "lfo2_rate",    "mod_rate",       "mod_depth",  "mod_feedback", "pitch_env",   "pitch_env_time", "attack",
-    "release",      "lowpass",        "noise_mix",  "crush_bits",  "crush_rate",   "eq_low",     "eq_mid",
-    "eq_mid_freq",  "eq_high",        "mod_tone",   "trim",        "mono_below",   "duck_amount", "duck_release",
-    "room_size",    "room_decay",     "room_damp",  "room_mix"};
+    "engine1",     "engine2",    "engine3",   "engine4",      "cutoff",     "resonance",      "level",
+    "pan",         "send_1",     "send_2",    "filter_env",   nullptr,      "insert_drive",   "mod_mix",
+    "lfo_depth",   "lfo2_depth", "highpass",  "decay",        "width",      "glide",          "lfo_rate",
+    "lfo2_rate",   "mod_rate",   "mod_depth", "mod_feedback", "pitch_env",  "pitch_env_time", "attack",
+    "release",     "lowpass",    "noise_mix", "crush_bits",   "crush_rate", "eq_low",         "eq_mid",
+    "eq_mid_freq", "eq_high",    "mod_tone",  "trim",         "mono_below", "duck_amount",    "duck_release",
+    "room_size",   "room_decay", "room_damp", "room_mix"};
 
 // Continuous values of a Send, in table order; plate_diffusion is a structural constant and never moves.
 constexpr const char* sendKeys[] = {
-    "return",        "delay_time",      "delay_feedback", "delay_ping_pong", "delay_low_cut", "delay_high_cut",
-    "delay_wow",     "delay_duck",      "hall_decay",     "hall_size",       "hall_predelay", "hall_damping",
-    "hall_mod",      "hall_width",      "hall_low_cut",   "hall_high_cut",   "chorus_rate",   "chorus_depth",
-    "chorus_width",  "chorus_tone",     "chorus_low_cut", "tape_rate",       "tape_intensity", "tape_tone",
-    "tape_wow",      "tape_age",        "tape_spring",    "plate_decay",     "plate_predelay", "plate_damping",
-    "plate_mod",     "plate_width",     "plate_low_cut",  "plate_gate",      "shimmer_decay", "shimmer_amount",
-    "shimmer_bloom", "shimmer_tone",    "shimmer_mod",    "shimmer_low_cut", "shimmer_freeze"};
+    "return",        "delay_time",   "delay_feedback", "delay_ping_pong", "delay_low_cut",  "delay_high_cut",
+    "delay_wow",     "delay_duck",   "hall_decay",     "hall_size",       "hall_predelay",  "hall_damping",
+    "hall_mod",      "hall_width",   "hall_low_cut",   "hall_high_cut",   "chorus_rate",    "chorus_depth",
+    "chorus_width",  "chorus_tone",  "chorus_low_cut", "tape_rate",       "tape_intensity", "tape_tone",
+    "tape_wow",      "tape_age",     "tape_spring",    "plate_decay",     "plate_predelay", "plate_damping",
+    "plate_mod",     "plate_width",  "plate_low_cut",  "plate_gate",      "shimmer_decay",  "shimmer_amount",
+    "shimmer_bloom", "shimmer_tone", "shimmer_mod",    "shimmer_low_cut", "shimmer_freeze"};
 
-constexpr const char* masterKeys[] = {"master", "comp_amount", "comp_release", "limiter_ceiling", "saturation"};
+constexpr const char* masterKeys[] = {"master", "comp_amount", "comp_release", "limiter_ceiling",
+                                      "saturation"};
 
 struct Row {
   const param::Info* info = nullptr;
@@ -109,7 +110,8 @@ int targetOf(const param::Info& info) {
 
 int trackTargetNamed(std::string_view name) {
   for (int t = 0; t < trackTargets; t++)
-    if (text::sameIgnoringCase(name, targetName(t)) || (trackKeys[t] && text::sameIgnoringCase(name, trackKeys[t])))
+    if (text::sameIgnoringCase(name, targetName(t)) ||
+        (trackKeys[t] && text::sameIgnoringCase(name, trackKeys[t])))
       return t;
   for (int t = firstMacroTarget; t <= lastMacroTarget; t++)
     if (text::sameIgnoringCase(name, targetName(t))) return t;
@@ -150,7 +152,8 @@ std::string targetLabel(const Project& project, int track, int target) {
     return "MACRO " + std::to_string(slot + 1);
   }
   if (target >= ENGINE_1 && target <= ENGINE_4) {
-    if (known && !isDrums(project.tracks[track])) return engineParamName(project.tracks[track].engine, target);
+    if (known && !isDrums(project.tracks[track]))
+      return engineParamName(project.tracks[track].engine, target);
     return "ENGINE " + std::to_string(target + 1);
   }
   if (target == PITCH) return "PITCH";
@@ -192,7 +195,8 @@ int busTarget(const Project& project, int bus, const param::Info& info) {
 
 std::string busName(const Project& project, int bus) {
   if (bus == MasterBus) return "MASTER";
-  return std::string(bus == SendI ? "SEND I" : "SEND II") + " · " + sendfx::typeName(sendfx::typeOf(project, bus));
+  return std::string(bus == SendI ? "SEND I" : "SEND II") + " · " +
+         sendfx::typeName(sendfx::typeOf(project, bus));
 }
 
 const char* performanceEffectName(int index) {

@@ -76,8 +76,8 @@ bool validMacro(const MacroRec& macro, std::string& error) {
     error = "Invalid Macro name";
     return false;
   }
-  if (macro.polarity > 1 || macro.targetCount > limits::macroTargets || macro.reserved[0] || macro.reserved[1] ||
-      !(macro.value >= (macro.polarity ? -1 : 0) && macro.value <= 1)) {
+  if (macro.polarity > 1 || macro.targetCount > limits::macroTargets || macro.reserved[0] ||
+      macro.reserved[1] || !(macro.value >= (macro.polarity ? -1 : 0) && macro.value <= 1)) {
     error = "Invalid Macro " + std::string(name);
     return false;
   }

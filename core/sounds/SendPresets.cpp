@@ -10,11 +10,11 @@ namespace {
 
 // One value of a kind: a float or a byte field of SendFx.
 struct Field {
-  f32 SendFx::* real = nullptr;
-  u8 SendFx::* byte = nullptr;
+  f32 SendFx::*real = nullptr;
+  u8 SendFx::*byte = nullptr;
 
-  constexpr Field(f32 SendFx::* f) : real(f) {}
-  constexpr Field(u8 SendFx::* b) : byte(b) {}
+  constexpr Field(f32 SendFx::*f) : real(f) {}
+  constexpr Field(u8 SendFx::*b) : byte(b) {}
   f32 get(const SendFx& fx) const { return real ? fx.*real : f32(fx.*byte); }
   void set(SendFx& fx, f32 v) const {
     if (real)
@@ -28,14 +28,16 @@ struct Kind {
   std::span<const Field> fields;
   std::span<const f32> values;  // one row of fields a preset
   std::span<const char* const> names;
-  u8 SendFx::* number = nullptr;
+  u8 SendFx::*number = nullptr;
 };
 
 // Row 0 of each table is the block of a new Project, so that a new Project shows it unchanged.
 using S = SendFx;
-constexpr Field delayFields[] = {&S::delay_time,     &S::delay_feedback, &S::delay_ping_pong, &S::delay_low_cut,
-                                 &S::delay_high_cut, &S::delay_wow,      &S::delay_duck,      &S::delay_sync};
-constexpr const char* delayNames[] = {"DOTTED", "PING PONG", "SLAP", "QUARTER", "DUB", "TRIPLET", "WASH", "CRISP"};
+constexpr Field delayFields[] = {&S::delay_time,    &S::delay_feedback, &S::delay_ping_pong,
+                                 &S::delay_low_cut, &S::delay_high_cut, &S::delay_wow,
+                                 &S::delay_duck,    &S::delay_sync};
+constexpr const char* delayNames[] = {"DOTTED", "PING PONG", "SLAP", "QUARTER",
+                                      "DUB",    "TRIPLET",   "WASH", "CRISP"};
 constexpr f32 delayValues[] = {
     0.75f,   0.4f,  0.6f, 180, 6500,  0.1f,  0,     14,  // 1/8D
     0.5f,    0.42f, 1,    200, 8000,  0,     0.2f,  7,   // 1/8
@@ -63,7 +65,8 @@ constexpr f32 tapeValues[] = {
 
 constexpr Field hallFields[] = {&S::hall_decay, &S::hall_size,  &S::hall_predelay, &S::hall_damping,
                                 &S::hall_mod,   &S::hall_width, &S::hall_low_cut,  &S::hall_high_cut};
-constexpr const char* hallNames[] = {"CONCERT", "CHAMBER", "CATHEDRAL", "STAGE", "DARK", "BRIGHT", "SMALL", "DRIFT"};
+constexpr const char* hallNames[] = {"CONCERT", "CHAMBER", "CATHEDRAL", "STAGE",
+                                     "DARK",    "BRIGHT",  "SMALL",     "DRIFT"};
 constexpr f32 hallValues[] = {
     0.5f,  0.6f,  0.02f,  0.45f, 0.25f, 1,    150, 9000,   //
     0.3f,  0.35f, 0.01f,  0.3f,  0.2f,  0.9f, 120, 12000,  //
@@ -89,8 +92,9 @@ constexpr f32 plateValues[] = {
     1.6f, 0.01f,  0.7f,  0.35f, 0.2f,  0,    120, 0,      //
 };
 
-constexpr Field shimmerFields[] = {&S::shimmer_decay, &S::shimmer_amount,  &S::shimmer_bloom,  &S::shimmer_tone,
-                                   &S::shimmer_mod,   &S::shimmer_low_cut, &S::shimmer_freeze, &S::shimmer_pitch};
+constexpr Field shimmerFields[] = {&S::shimmer_decay,  &S::shimmer_amount, &S::shimmer_bloom,
+                                   &S::shimmer_tone,   &S::shimmer_mod,    &S::shimmer_low_cut,
+                                   &S::shimmer_freeze, &S::shimmer_pitch};
 constexpr const char* shimmerNames[] = {"OCTAVE", "FIFTHS", "HALO", "CRYSTAL", "ABYSS", "ORGAN"};
 constexpr f32 shimmerValues[] = {
     6,  0.5f,  0.5f, 0.6f,  0.3f,  200, 0, 0,  // +12

@@ -108,6 +108,8 @@ void Hit::fadeOut(int samples) {
   fadeLeft_ = std::max(1, samples);
 }
 
-float Hit::level() const { return done_ ? 0 : env_ * gate_ * (fadeLeft_ >= 0 ? float(fadeLeft_) / float(fadeTotal_) : 1); }
+float Hit::level() const {
+  return done_ ? 0 : env_ * gate_ * (fadeLeft_ >= 0 ? float(fadeLeft_) / float(fadeTotal_) : 1);
+}
 
 }  // namespace synth::drums

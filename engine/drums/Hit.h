@@ -10,7 +10,20 @@
 namespace synth::drums {
 
 enum Model : int {
-  KICK, SNARE, CLAP, CLOSED_HAT, OPEN_HAT, TOM, RIM, COWBELL, SHAKER, CYMBAL, ZAP, CONGA, NOISE, models
+  KICK,
+  SNARE,
+  CLAP,
+  CLOSED_HAT,
+  OPEN_HAT,
+  TOM,
+  RIM,
+  COWBELL,
+  SHAKER,
+  CYMBAL,
+  ZAP,
+  CONGA,
+  NOISE,
+  models
 };
 
 // What is fixed when the hit starts; units are those of the Pad values.

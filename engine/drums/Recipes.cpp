@@ -15,19 +15,19 @@ using dsp::sineOf;
 using dsp::Svf;
 
 constexpr Traits traits[models] = {
-    {50, 2, 12, 0.028f, true},       // KICK
-    {185, 1.1f, 0.7f, 0.018f, true},  // SNARE
-    {1, 1.2f, 0.4f, 0.03f, false},    // CLAP
-    {1, 0.35f, 0.15f, 0.03f, false},  // CLOSED HAT
-    {1, 2.2f, 0.15f, 0.03f, false},   // OPEN HAT
-    {105, 1.8f, 0.9f, 0.06f, true},   // TOM
-    {480, 0.25f, 0.3f, 0.006f, true}, // RIM
-    {560, 0.9f, 0.1f, 0.02f, true},   // COWBELL
-    {1, 0.6f, 0.15f, 0.03f, false},   // SHAKER
-    {1, 5, 0.15f, 0.03f, false},      // CYMBAL
-    {160, 0.8f, 30, 0.045f, true},    // ZAP
-    {210, 0.9f, 0.25f, 0.02f, true},  // CONGA
-    {1, 1.6f, 3, 0.08f, false},       // NOISE
+    {50, 2, 12, 0.028f, true},         // KICK
+    {185, 1.1f, 0.7f, 0.018f, true},   // SNARE
+    {1, 1.2f, 0.4f, 0.03f, false},     // CLAP
+    {1, 0.35f, 0.15f, 0.03f, false},   // CLOSED HAT
+    {1, 2.2f, 0.15f, 0.03f, false},    // OPEN HAT
+    {105, 1.8f, 0.9f, 0.06f, true},    // TOM
+    {480, 0.25f, 0.3f, 0.006f, true},  // RIM
+    {560, 0.9f, 0.1f, 0.02f, true},    // COWBELL
+    {1, 0.6f, 0.15f, 0.03f, false},    // SHAKER
+    {1, 5, 0.15f, 0.03f, false},       // CYMBAL
+    {160, 0.8f, 30, 0.045f, true},     // ZAP
+    {210, 0.9f, 0.25f, 0.02f, true},   // CONGA
+    {1, 1.6f, 3, 0.08f, false},        // NOISE
 };
 
 // The six square oscillators of the classic analogue cymbal circuit (Werner, Abel and Smith, DAFx 2014).
@@ -43,7 +43,9 @@ float square(float p, float step) {
   return (p < 0.5f ? 1.0f : -1.0f) + dsp::poly(p, step) - dsp::poly(p >= 0.5f ? p - 0.5f : p + 0.5f, step);
 }
 
-float poleAt(double hz, double rate) { return float(1 - math::exp(-2 * math::pi * std::min(hz, rate * 0.45) / rate)); }
+float poleAt(double hz, double rate) {
+  return float(1 - math::exp(-2 * math::pi * std::min(hz, rate * 0.45) / rate));
+}
 float power(double base, double exponent) { return float(math::pow(base, exponent)); }
 
 }  // namespace
@@ -139,10 +141,12 @@ float Recipes::sample(Hit& h, const Hit::Frame& f, const float* sine) {
   };
   switch (s.model) {
     case SNARE: {
-      const float body = (1 - 0.45f * s.tone) * f.at *
-                         (0.55f * osc(0, 1) * h.decay_[0].next() + 0.35f * osc(1, 1.78f) * h.decay_[1].next());
+      const float body =
+          (1 - 0.45f * s.tone) * f.at *
+          (0.55f * osc(0, 1) * h.decay_[0].next() + 0.35f * osc(1, 1.78f) * h.decay_[1].next());
       const float hiss = high(0, f.n);
-      return body + h.pole_[0].low(hiss) * (0.5f + 0.6f * s.tone) * f.A + 0.6f * s.snap * hiss * h.decay_[2].next();
+      return body + h.pole_[0].low(hiss) * (0.5f + 0.6f * s.tone) * f.A +
+             0.6f * s.snap * hiss * h.decay_[2].next();
     }
     case CLAP: {
       const float spacing = 0.0115f - 0.004f * s.snap;
@@ -170,7 +174,8 @@ float Recipes::sample(Hit& h, const Hit::Frame& f, const float* sine) {
              h.pole_[0].low(f.n) * (0.5f * s.snap * h.decay_[1].next() + 0.06f * s.tone * f.A);
     case RIM:
       return high(0, 0.6f * osc(0, 1) * f.A + 0.5f * osc(1, 3.47f) * h.decay_[0].next() +
-                         0.25f * osc(2, 5.1f) * h.decay_[1].next() + 1.2f * s.snap * f.n * h.decay_[2].next());
+                         0.25f * osc(2, 5.1f) * h.decay_[1].next() +
+                         1.2f * s.snap * f.n * h.decay_[2].next());
     case COWBELL: {
       const float w = std::min(step, 0.45f), v = std::min(step * 1.4815f, 0.45f);
       const float x = square(advance(h.phase_[0], w), w) + square(advance(h.phase_[1], v), v);

@@ -90,7 +90,8 @@ void svfGroup(LaneFrame& frame, LaneValue& first, LaneValue& second, const LaneV
 }
 
 template <int QuadCount>
-void biquadGroup(LaneFrame& frame, LaneValue& first, LaneValue& second, const LaneValue (&setting)[5], int n) {
+void biquadGroup(LaneFrame& frame, LaneValue& first, LaneValue& second, const LaneValue (&setting)[5],
+                 int n) {
   f4 z1[QuadCount], z2[QuadCount];
   for (int q = 0; q < QuadCount; q++) {
     z1[q] = first.at(q);

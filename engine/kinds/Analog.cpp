@@ -104,7 +104,8 @@ void renderAnalog(KindState& st, Run& run) {
     const f4 a = wave(p);
     f4 b = splat(0);
     if (level > 0)
-      b = morph(run.sine, phases.b.at(q), phases.stepB.at(q), mirror ? splat(1) - e1 : splat(shapeB), shapesB);
+      b = morph(run.sine, phases.b.at(q), phases.stepB.at(q), mirror ? splat(1) - e1 : splat(shapeB),
+                shapesB);
     const f4 bScaled = splat(level) * b;
     run.mid->put(q, (a + bScaled) * splat(0.42f));
     if (!wide) continue;

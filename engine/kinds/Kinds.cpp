@@ -9,8 +9,9 @@ struct Row {
 };
 
 constexpr Row rows[] = {
-    {renderAnalog, 0.7f}, {renderFm, 0.595f}, {renderTine, 0.42f}, {nullptr, 0.91f}, {nullptr, 0.7f}, {nullptr, 0.945f},
-    {nullptr, 0.42f},     {nullptr, 1.4f},    {nullptr, 1.12f},    {nullptr, 0.9f},  {nullptr, 1},
+    {renderAnalog, 0.7f}, {renderFm, 0.595f}, {renderTine, 0.42f}, {nullptr, 0.91f},
+    {nullptr, 0.7f},      {nullptr, 0.945f},  {nullptr, 0.42f},    {nullptr, 1.4f},
+    {nullptr, 1.12f},     {nullptr, 0.9f},    {nullptr, 1},
 };
 
 }  // namespace

@@ -1,0 +1,97 @@
+#include "cli/LoadAny.h"
+
+#include <sys/stat.h>
+
+#include "base/ReadFile.h"
+#include "base/Text.h"
+#include "cli/Error.h"
+#include "core/ProjectFile.h"
+#include "core/model/Validate.h"
+#include "spec/Build.h"
+
+namespace synth::cli {
+namespace {
+
+constexpr size_t specLimit = size_t(1) << 30;
+constexpr const char* pathHint = "Check the path; projects are .quorel files, specs .json";
+
+void requireFile(const std::string& path) {
+  struct stat info;
+  if (path.empty() || ::stat(path.c_str(), &info) != 0)
+    throw CliError("not_found", "No such file: " + path, pathHint);
+}
+
+bool startsLikeJson(const std::string& bytes) {
+  const std::string_view text = text::trimmed(std::string_view(bytes).substr(0, 4096));
+  return !text.empty() && text[0] == '{';
+}
+
+bool isSpecPath(const std::string& path) {
+  return path.size() > 5 && path.compare(path.size() - 5, 5, ".json") == 0;
+}
+
+std::string bytesOf(const std::string& path) {
+  requireFile(path);
+  std::string bytes, error;
+  if (readFile(path, specLimit, bytes, error) != ReadResult::Ok)
+    throw CliError("not_found", "Cannot read " + path, pathHint);
+  return bytes;
+}
+
+Json parseSpec(const std::string& text) {
+  std::string error;
+  Json spec = json::parse(text, error);
+  if (!error.empty()) throw CliError("invalid_spec", error, "`quorel schema` prints the spec format");
+  return spec;
+}
+
+[[noreturn]] void cannotLoad(const std::string& path, const std::string& error) {
+  const bool version = error.compare(0, 19, "Unsupported project") == 0;
+  throw CliError("invalid_project", "Cannot load " + path + ": " + error,
+                 version ? "Projects must be format version " + std::to_string(projectFormatVersion) : "");
+}
+
+void refuseApp(const std::string& path) {
+  if (path == appPath)
+    throw CliError("app_not_running", "Quorel is not running (this version does not reach the app yet)",
+                   "Work on .quorel files directly");
+}
+
+}  // namespace
+
+ProjectPtr loadProjectFile(const std::string& path) {
+  refuseApp(path);
+  requireFile(path);
+  auto project = newProject();
+  std::string error;
+  if (!loadProject(path, *project, error)) cannotLoad(path, error);
+  return project;
+}
+
+Json readSpec(const std::string& path) { return parseSpec(bytesOf(path)); }
+
+ProjectPtr buildSpec(const Json& spec) {
+  try {
+    auto project = spec::build(spec);
+    std::string error;
+    if (!validateProject(*project, error))
+      throw CliError("invalid_project", "The spec builds an invalid project: " + error);
+    return project;
+  } catch (const spec::SpecError& error) {
+    throw CliError(error.code(), error.what(), error.hint());
+  }
+}
+
+ProjectPtr loadAny(const std::string& path) {
+  refuseApp(path);
+  if (isSpecPath(path)) return buildSpec(readSpec(path));
+  const std::string bytes = bytesOf(path);
+  if (startsLikeJson(bytes)) return buildSpec(parseSpec(bytes));
+  if (bytes.size() > projectFileLimit) return loadProjectFile(path);
+  auto project = newProject();
+  std::string error;
+  if (!readProjectImage(bytes, *project, error)) cannotLoad(path, error);
+  return project;
+}
+
+}  // namespace synth::cli

@@ -1,0 +1,15 @@
+// What one run of a command carries besides its arguments; cleared before each run, so that many can
+// follow each other in one process.
+#pragma once
+
+#include <string>
+
+namespace synth::cli {
+
+struct RunContext {
+  std::string undoLabel;  // of the app's Undo step, for writes into @app
+};
+
+RunContext& context();
+
+}  // namespace synth::cli

@@ -1,0 +1,23 @@
+// The command table: every row that works, in the table's order.
+#include "cli/commands/Commands.h"
+
+namespace synth::cli {
+
+const std::vector<Command>& registerCommands() {
+  static const std::vector<Command> table = {
+      commands::help(),           commands::guide(),           commands::commandList(),
+      commands::version(),        commands::params(),          commands::targets(),
+      commands::examples(),       commands::projectNew(),      commands::engines(),
+      commands::projectHistory(), commands::projectRestore(),  commands::projectBuild(),
+      commands::projectSet(),     commands::projectValidate(), commands::render(),
+  };
+  return table;
+}
+
+const Command* commandByName(const std::string& name) {
+  for (const Command& command : registerCommands())
+    if (command.name == name) return &command;
+  return nullptr;
+}
+
+}  // namespace synth::cli

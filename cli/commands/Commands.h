@@ -1,0 +1,24 @@
+// One function a command, each giving its row of the table.
+#pragma once
+
+#include "cli/Command.h"
+
+namespace synth::cli::commands {
+
+Command help();
+Command guide();
+Command commandList();
+Command version();
+Command params();
+Command targets();
+Command examples();
+Command engines();
+Command projectNew();
+Command projectBuild();
+Command projectSet();
+Command projectValidate();
+Command projectHistory();
+Command projectRestore();
+Command render();
+
+}  // namespace synth::cli::commands

@@ -1,0 +1,117 @@
+#include "base/Suggest.h"
+#include "base/Text.h"
+#include "cli/Args.h"
+#include "cli/Error.h"
+#include "cli/LoadAny.h"
+#include "cli/RunContext.h"
+#include "cli/commands/Commands.h"
+#include "cli/commands/Summary.h"
+#include "cli/write/WritePath.h"
+#include "core/model/Validate.h"
+#include "core/sounds/Macros.h"
+#include "spec/Diff.h"
+#include "spec/Values.h"
+
+namespace synth::cli::commands {
+namespace {
+
+struct Place {
+  int track = -1, pad = -1;
+};
+
+Place placeOf(const Args& args, const Project& p) {
+  Place place;
+  if (args.has("track")) place.track = trackOption(p, args.at("track"));
+  if (args.has("pad")) {
+    place.pad = intOption(args, "pad", 0, 0, limits::pads - 1);
+    if (place.track < 0 || !isDrums(p.tracks[place.track]))
+      throw usage("--pad needs --track with a Drums track");
+  }
+  return place;
+}
+
+// A number where the text is one, else a label.
+Json jsonOf(const std::string& text) {
+  double number = 0;
+  return decimal(text, number) ? Json(number) : Json(text);
+}
+
+bool setMacro(Track& track, const std::string& name, const Json& value) {
+  const int slot = macros::find(track, name);
+  if (slot < 0 || name.empty() || name[0] < 'A' || name[0] > 'Z') return false;
+  const bool bipolar = track.macros[slot].polarity;
+  if (!value.isNumber() || !(value.number() >= (bipolar ? -1 : 0) && value.number() <= 1))
+    throw CliError("out_of_range",
+                   std::string("A Macro's value is ") + (bipolar ? "-1..1 (bipolar)" : "0..1"));
+  track.macros[slot].value = f32(value.number());
+  return true;
+}
+
+[[noreturn]] void unknownKey(const std::string& key) {
+  std::vector<std::string> keys;
+  for (const param::Info& info : param::all()) keys.push_back(info.key);
+  const std::string hint = suggest(key, keys);
+  throw CliError("unknown_parameter", "Unknown parameter " + key,
+                 hint.empty() ? "List them with: quorel params" : hint);
+}
+
+void assign(Project& p, const Place& place, const std::string& text) {
+  const size_t equals = text.find('=');
+  if (equals == text.npos || equals == 0) throw usage("An assignment is KEY=VALUE, got " + text);
+  const std::string key = text.substr(0, equals);
+  const Json value = jsonOf(text.substr(equals + 1));
+  if (place.track >= 0 && setMacro(p.tracks[place.track], key, value)) return;
+  const param::Info* info = param::find(key);
+  if (!info) unknownKey(key);
+  if (info->scope != param::ScopeProject && place.track < 0)
+    throw usage(key + " is a " + param::scopeName(info->scope) + " parameter", "Name the track with --track");
+  if (info->scope == param::ScopePad && place.pad < 0)
+    throw usage(key + " is a pad parameter", "Name the Pad of a Drums track with --track and --pad");
+  spec::applyValue(p, *info, value, std::max(place.track, 0), std::max(place.pad, 0));
+}
+
+Json set(const Args& args) {
+  const std::string& input = args.positionals[0];
+  const Destination destination = destinationOf(args, input);
+  checkExists(destination);
+  auto before = loadProjectFile(input);
+  auto project = copyOf(*before);
+  const Place place = placeOf(args, *project);
+  try {
+    for (size_t i = 1; i < args.positionals.size(); i++) assign(*project, place, args.positionals[i]);
+  } catch (const spec::SpecError& error) {
+    throw CliError(error.code(), error.what(), error.hint());
+  }
+  std::string error;
+  if (!validateProject(*project, error))
+    throw CliError("invalid_project", "The change makes an invalid project: " + error);
+  context().undoLabel = "SET " + args.positionals[1].substr(0, args.positionals[1].find('='));
+  Json result = writeProject(*project, destination);
+  result.add("changes", spec::diffProjects(*before, *project));
+  return result;
+}
+
+}  // namespace
+
+Command projectSet() {
+  Command c{"project set",
+            "Set registry parameters: project keys alone, track keys with --track, pad keys with --track and "
+            "--pad. "
+            "Writes --out, or the input with --in-place.",
+            {positional("input", "path.quorel|@app", "the project").needed(),
+             positional("assignments", "KEY=VALUE",
+                        "numbers in the parameter's unit, options by label, a Macro by NAME")
+                 .needed()
+                 .many(),
+             option("track", "index|name", "for track and pad keys and Macros"),
+             option("pad", "int", "0..7, for pad keys")},
+            "{wrote?, changes}",
+            true,
+            {"quorel project set song.quorel bpm=124 swing=0.56 --in-place",
+             "quorel project set song.quorel cutoff=900 filter_type=lowpass --track BASS --in-place"},
+            set};
+  for (ArgSpec& arg : writeOptions()) c.args.push_back(arg);
+  return c;
+}
+
+}  // namespace synth::cli::commands

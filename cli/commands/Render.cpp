@@ -1,0 +1,262 @@
+#include <unistd.h>
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+
+#include "base/Text.h"
+#include "cli/Args.h"
+#include "cli/Error.h"
+#include "cli/LoadAny.h"
+#include "cli/commands/Commands.h"
+#include "cli/commands/Summary.h"
+#include "cli/write/WritePath.h"
+#include "core/Names.h"
+#include "core/model/Clips.h"
+#include "core/model/Markers.h"
+#include "engine/SongRender.h"
+
+namespace synth::cli::commands {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Span {
+  u32 from = 0, to = 0;
+  bool whole = true;
+};
+
+Span rangeOption(const std::string& text) {
+  const size_t colon = text.find(':');
+  int from = 0, to = 0;
+  if (colon == text.npos || !wholeNumber(text.substr(0, colon), from) ||
+      !wholeNumber(text.substr(colon + 1), to) || from < 0 || to <= from || to > int(limits::songSteps))
+    throw usage("--range is FROM:TO in Song steps, e.g. 0:64; got " + text);
+  return {u32(from), u32(to), false};
+}
+
+Span sectionOption(const Project& p, const std::string& name) {
+  int row = markerNamed(p, name);
+  std::vector<std::string> names;
+  for (int i = 0; i < p.markerCount; i++) {
+    names.emplace_back(nameText(p.markers[i].name));
+    if (row < 0 && text::sameIgnoringCase(names.back(), name)) row = i;
+  }
+  Span span{0, 0, false};
+  if (row < 0)
+    throw CliError("unknown_section", "No Marker named " + name,
+                   names.empty() ? "The project has no Markers" : "Markers: " + text::joined(names, ", "));
+  if (!sectionAt(p, p.markers[row].step, span.from, span.to))
+    throw CliError("unknown_section", "The Section of Marker " + name + " is empty",
+                   "It begins at the Song's end");
+  return span;
+}
+
+Span spanOf(const Args& args, const Project& p) {
+  if (args.has("range") && args.has("section")) throw usage("Choose one of --range and --section");
+  if (args.has("range")) return rangeOption(args.at("range"));
+  if (args.has("section")) return sectionOption(p, args.at("section"));
+  return {0, songEnd(p), true};
+}
+
+AudioFormat formatOf(const Args& args, const std::string& path) {
+  std::string wanted;
+  if (args.has("format")) {
+    wanted = text::lower(args.at("format"));
+    if (wanted == "aac") return AudioFormat::Aac;
+    for (const AudioFormatInfo& row : audioFormats())
+      if (wanted == text::lower(row.label)) return row.format;
+    throw usage("--format is wav, aiff, flac, mp3 or aac");
+  }
+  const std::string extension = text::lower(fs::path(path).extension().string());
+  for (const AudioFormatInfo& row : audioFormats())
+    if (extension == std::string(".") + row.extension) return row.format;
+  if (extension == ".aif") return AudioFormat::Aiff;
+  return AudioFormat::Wav;
+}
+
+std::string defaultOut(const std::string& input, const Args& args) {
+  fs::path path(input);
+  const AudioFormat format = args.has("format") ? formatOf(args, "") : AudioFormat::Wav;
+  path.replace_extension(audioFormatInfo(format).extension);
+  return path.string();
+}
+
+// Shows the share that is done on standard error, when someone watches it.
+class ProgressLine {
+ public:
+  explicit ProgressLine(std::string what) : what_(std::move(what)), watched_(::isatty(STDERR_FILENO) != 0) {}
+  ~ProgressLine() {
+    if (last_ >= 0) std::fprintf(stderr, "\r\033[K");
+  }
+  void operator()(double share) {
+    const int percent = int(share * 100);
+    if (!watched_ || percent == last_) return;
+    last_ = percent;
+    std::fprintf(stderr, "\rRendering %s %3d %%", what_.c_str(), percent);
+    std::fflush(stderr);
+  }
+
+ private:
+  std::string what_;
+  bool watched_;
+  int last_ = -1;
+};
+
+// Passes a render on and notes its peak.
+class MeteredSink : public AudioSink {
+ public:
+  explicit MeteredSink(AudioSink& into) : into_(into) {}
+  void begin(u32 rate, u64 frames) override {
+    frames_ = frames;
+    into_.begin(rate, frames);
+  }
+  void write(const float* left, const float* right, unsigned frames) override {
+    for (unsigned i = 0; i < frames; i++) peak_ = std::max({peak_, std::fabs(left[i]), std::fabs(right[i])});
+    into_.write(left, right, frames);
+  }
+  void finish() override { into_.finish(); }
+  double seconds() const { return double(frames_) / renderRate; }
+  Json peakDb() const { return peak_ > 0 ? Json(std::round(200 * std::log10(double(peak_))) / 10) : Json(); }
+
+ private:
+  AudioSink& into_;
+  u64 frames_ = 0;
+  float peak_ = 0;
+};
+
+struct Job {
+  Span span;
+  int loops;
+  double tail;
+  AudioFormat format;
+};
+
+bool isFileFault(const std::string& text) {
+  for (const char* begin :
+       {"Cannot create", "Cannot open", "Cannot replace", "Output ", "Directory flush", "Invalid dest"})
+    if (text.compare(0, std::string(begin).size(), begin) == 0) return true;
+  return false;
+}
+
+// Renders into a file; adds seconds and peak_dbfs to `result` when it is given.
+void renderTo(const Project& p, const std::string& path, const Job& job, const std::string& what,
+              Json* result) {
+  auto file = makeFileSink(job.format, path);
+  if (!file)
+    throw CliError(
+        "render_failed",
+        std::string("Render failed: this version does not write ") + audioFormatInfo(job.format).label,
+        "Write a .wav file");
+  MeteredSink sink(*file);
+  std::string error;
+  try {
+    ProgressLine progress(what);
+    const Progress show = [&](double share) { progress(share); };
+    const bool ok = job.span.whole
+                        ? renderSong(p, job.loops, sink, error, job.tail, show)
+                        : renderSpan(p, job.span.from, job.span.to, job.loops, sink, error, job.tail, show);
+    if (!ok) throw CliError("render_failed", "Render failed: " + error);
+  } catch (const CliError&) {
+    throw;
+  } catch (const std::runtime_error& fault) {
+    const std::string text = fault.what();
+    if (isFileFault(text)) throw CliError("write_failed", "Cannot write " + path + ": " + text);
+    throw CliError("render_failed", "Render failed: " + text);
+  }
+  if (result) result->add("seconds", sink.seconds()).add("peak_dbfs", sink.peakDb());
+}
+
+struct Stem {
+  int track;
+  std::string path;
+};
+
+std::vector<Stem> stemsOf(const Project& p, const std::string& folder, AudioFormat format) {
+  std::vector<Stem> stems;
+  for (int t = 0; t < p.track_count; t++) {
+    bool plays = false;
+    for (int i = 0; i < p.noteCount && !plays; i++) plays = p.notes[i].track == t;
+    if (!plays) continue;
+    std::string name(nameText(p.tracks[t].name));
+    for (char& c : name)
+      if (c == '/' || c == '\\') c = '_';
+    char number[8];
+    std::snprintf(number, sizeof number, "%02d-", t);
+    stems.push_back(
+        {t, (fs::path(folder) / (number + name + "." + audioFormatInfo(format).extension)).string()});
+  }
+  return stems;
+}
+
+Json renderStems(const Project& p, const std::vector<Stem>& stems, const Job& job) {
+  Json rows = Json::array();
+  auto solo = copyOf(p);
+  for (const Stem& stem : stems) {
+    for (int t = 0; t < limits::tracks; t++) {
+      solo->tracks[t].solo = t == stem.track;
+      solo->tracks[t].mute = t == stem.track ? 0 : p.tracks[t].mute;
+    }
+    const std::string name(nameText(p.tracks[stem.track].name));
+    renderTo(*solo, stem.path, job, name, nullptr);
+    rows.push(std::move(Json::object().add("track", stem.track).add("name", name).add("wrote", stem.path)));
+  }
+  return rows;
+}
+
+void makeFolder(const std::string& folder) {
+  std::error_code failed;
+  fs::create_directories(folder, failed);
+  if (failed) throw CliError("write_failed", "Cannot create " + folder + ": " + failed.message());
+}
+
+Json renderProject(const Args& args) {
+  const std::string& input = args.positionals[0];
+  auto project = loadAny(input);
+  const bool force = args.has("force"), onlyStems = args.has("stems") && !args.has("out");
+  const std::string out = args.has("out") ? args.at("out") : defaultOut(input, args);
+  Job job{spanOf(args, *project), intOption(args, "loops", 1, 1, 64),
+          numberOption(args, "tail", 2, 0, longestTail), formatOf(args, out)};
+  std::vector<Stem> stems;
+  if (args.has("stems")) stems = stemsOf(*project, args.at("stems"), job.format);
+  if (!onlyStems) refuseExisting(out, force);
+  for (const Stem& stem : stems) refuseExisting(stem.path, force);
+  if (args.has("stems")) makeFolder(args.at("stems"));
+
+  Json result = Json::object();
+  if (!onlyStems) result.add("wrote", out);
+  result.add("format", audioFormatInfo(job.format).label);
+  if (!onlyStems) renderTo(*project, out, job, out, &result);
+  result.add("span", Json::object().add("from", double(job.span.from)).add("to", double(job.span.to)));
+  result.add("loops", job.loops).add("tail_s", job.tail);
+  if (args.has("stems")) result.add("stems", renderStems(*project, stems, job));
+  return result;
+}
+
+}  // namespace
+
+Command render() {
+  return {
+      "render",
+      "Render a project to a 48 kHz WAV: the whole Song, or a range or Marker's Section of it looped "
+      "(optionally "
+      "one WAV per track).",
+      {positional("input", "path.quorel|spec.json|@app", "the project").needed(),
+       option(
+           "out", "path.wav",
+           "audio file; .wav .aiff .flac .mp3 .m4a choose the format (default: the input's name with .wav)"),
+       option("range", "FROM:TO", "in Song steps, looped instead of the whole Song"),
+       option("section", "name", "a Marker's name: its Section looped instead of the whole Song"),
+       option("stems", "dir", "directory for one WAV per track"), option("loops", "int", "passes, 1..64 (1)"),
+       option("tail", "seconds", "after the end, for the effects to ring out, 0..12 (2)"),
+       option("format", "wav|aiff|flac|mp3|aac", "instead of the file's extension"),
+       flag("force", "replace existing files")},
+      "{wrote?, format, seconds, peak_dbfs, span: {from, to}, loops, tail_s, stems?: [{track, name, wrote}]}",
+      true,
+      {"quorel render song.quorel --out song.wav",
+       "quorel render song.quorel --section CHORUS --out chorus.wav --stems stems"},
+      renderProject};
+}
+
+}  // namespace synth::cli::commands

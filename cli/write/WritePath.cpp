@@ -1,0 +1,63 @@
+#include "cli/write/WritePath.h"
+
+#include <sys/stat.h>
+
+#include "cli/Error.h"
+#include "cli/LoadAny.h"
+#include "cli/write/Snapshots.h"
+#include "core/ProjectFile.h"
+
+namespace synth::cli {
+
+std::vector<ArgSpec> writeOptions() {
+  return {option("out", "path.quorel", "write the result here"),
+          flag("in-place", "change the input itself (a snapshot, or one Undo step in @app, is kept)"),
+          flag("force", "replace an existing --out file"),
+          flag("dry-run", "list the changes, write nothing")};
+}
+
+Destination destinationOf(const Args& args, const std::string& input) {
+  const bool out = args.has("out"), inPlace = args.has("in-place"), dryRun = args.has("dry-run");
+  if (out && inPlace) throw usage("Choose one of --out and --in-place");
+  if (!out && !inPlace && !dryRun)
+    throw usage("Choose where to write: --out FILE, or --in-place to overwrite the input",
+                "--dry-run shows the change without writing");
+  return {out ? args.at("out") : input, inPlace || args.has("force"), dryRun};
+}
+
+bool fileExists(const std::string& path) {
+  struct stat info;
+  return ::lstat(path.c_str(), &info) == 0;
+}
+
+void refuseExisting(const std::string& path, bool force) {
+  if (!force && fileExists(path))
+    throw CliError("exists", path + " exists", "Pass --force to replace it (or write to another path)");
+}
+
+void checkExists(const Destination& d) {
+  if (d.dryRun) return;
+  if (d.path == appPath) {
+    if (!d.force)
+      throw CliError("exists", "@app is the project open in Quorel",
+                     "Pass --force to apply the spec to it (one Undo step in the app)");
+    throw CliError("app_not_running", "Quorel is not running (this version does not reach the app yet)",
+                   "Work on .quorel files directly");
+  }
+  refuseExisting(d.path, d.force);
+}
+
+Json writeProject(const Project& project, const Destination& d) {
+  Json result = Json::object();
+  if (d.dryRun) return result;
+  std::string snapshot;
+  if (fileExists(d.path)) snapshot = keepSnapshot(d.path);
+  std::string error;
+  if (!saveProject(project, d.path, error))
+    throw CliError("write_failed", "Cannot save " + d.path + ": " + error);
+  result.add("wrote", d.path);
+  if (!snapshot.empty()) result.add("snapshot", snapshot).add("undo", "quorel project restore " + d.path);
+  return result;
+}
+
+}  // namespace synth::cli

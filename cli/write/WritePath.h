@@ -1,0 +1,31 @@
+// The one road by which commands change a project: where the result goes, the refusal to replace, the
+// snapshot of what is replaced, and the write itself.
+#pragma once
+
+#include <string>
+
+#include "cli/Command.h"
+#include "core/Project.h"
+
+namespace synth::cli {
+
+struct Destination {
+  std::string path;
+  bool force = false, dryRun = false;
+};
+
+// `--out`, or the input itself with `--in-place`, which needs no --force.
+Destination destinationOf(const Args& args, const std::string& input);
+// The options behind destinationOf, to splice into a command's row.
+std::vector<ArgSpec> writeOptions();
+
+bool fileExists(const std::string& path);
+// Refuses an existing path without --force; a dry run is never refused.
+void checkExists(const Destination& destination);
+void refuseExisting(const std::string& path, bool force);
+
+// Keeps a snapshot of what stands there and saves. The result's first members: wrote, and when a file was
+// replaced snapshot and undo; nothing on a dry run.
+Json writeProject(const Project& project, const Destination& destination);
+
+}  // namespace synth::cli

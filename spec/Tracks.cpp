@@ -1,0 +1,117 @@
+#include "spec/Tracks.h"
+
+#include <cmath>
+
+#include "base/Text.h"
+#include "core/Names.h"
+#include "core/edit/Workspace.h"
+#include "core/model/Defaults.h"
+#include "core/sounds/Macros.h"
+#include "spec/Values.h"
+
+namespace synth::spec {
+namespace {
+
+const param::Info& row(const char* key) { return *param::find(key); }
+
+void readTrackName(Track& track, const Json& name, const std::string& where) {
+  if (!name.isString()) throw SpecError(whatOf("name", where) + " is a string");
+  if (name.string().size() > size_t(limits::shortName))
+    throw SpecError("A track name is up to 12 characters: " + name.string());
+  setName(track.name, name.string());
+}
+
+void readPresetName(Track& track, const Json& name, const std::string& where) {
+  if (!name.isString() || name.string().size() > size_t(limits::presetName))
+    throw SpecError(whatOf("preset_name", where) + " is a string of up to 20 characters");
+  setName(track.preset_name, name.string());
+}
+
+// A Macro is set by its name in capitals beside the registry's keys.
+bool setMacro(Track& track, const std::string& name, const Json& value) {
+  const int slot = name.empty() || name[0] < 'A' || name[0] > 'Z' ? -1 : macros::find(track, name);
+  if (slot < 0) return false;
+  MacroRec& macro = track.macros[slot];
+  const double lo = macro.polarity ? -1 : 0;
+  if (!value.isNumber()) throw SpecError("Expected a number for " + name);
+  if (!(value.number() >= lo && value.number() <= 1))
+    throw SpecError(Fault::OutOfRange, name + " = " + text::number(value.number(), false) + " is outside " +
+                                           (macro.polarity ? "-1..1" : "0..1"));
+  macro.value = f32(value.number());
+  return true;
+}
+
+void readParams(Project& p, int t, const Json& params, const std::string& where) {
+  requireObject(params, where + ".params");
+  for (const Json::Member& member : params.members())
+    if (!setMacro(p.tracks[t], member.key, member.value))
+      applyValue(p, parameterOf(member.key, param::ScopeTrack), member.value, t, 0);
+}
+
+void refuseUnbuilt(const Json& object, const std::string& where) {
+  if (const Json* preset = object.find("preset"))
+    throw SpecError(Fault::UnknownPreset,
+                    "No Preset named " + (preset->isString() ? preset->string() : std::string("?")),
+                    "This version has no Presets yet: set the sound with engine_defaults and params");
+  for (const char* key : {"macros", "pins", "sample", "v5_slot"}) {
+    const Json* value = object.find(key);
+    if (!value || value->isNull() || (value->isArray() && value->items().empty())) continue;
+    throw SpecError("\"" + std::string(key) + "\" in " + where + " is not read by this version yet",
+                    "Leave it out");
+  }
+}
+
+void readTrack(Project& p, const Json& object, const std::string& where) {
+  checkKeys(object, where,
+            {"index", "kind", "name", "origin", "engine_defaults", "preset", "params", "sample",
+             "preset_name", "pins", "macros", "v5_slot"});
+  const int t = requiredInteger(object, "index", where, 0, limits::tracks - 1);
+  refuseUnbuilt(object, where);
+  Track& track = p.tracks[t];
+  auto key = [&](const char* name, auto read) {
+    if (const Json* value = object.find(name)) read(*value);
+  };
+  key("kind", [&](const Json& v) {
+    const int kind = int(valueOf(row("track_kind"), v, p, t));
+    if (switchTrackKind(p, t, kind)) return;
+    const std::string name(nameText(track.name));
+    track = defaultTrack(TrackKind(kind));
+    setName(track.name, name);
+  });
+  key("name", [&](const Json& v) { readTrackName(track, v, where); });
+  key("origin", [&](const Json& v) { track.origin = u8(integer(v, whatOf("origin", where), 0, 255)); });
+  key("engine_defaults", [&](const Json& v) { setSynthKind(track, int(valueOf(row("engine"), v, p, t))); });
+  key("params", [&](const Json& v) { readParams(p, t, v, where); });
+  key("preset_name", [&](const Json& v) { readPresetName(track, v, where); });
+}
+
+int firstDrums(const Project& p) {
+  for (int t = 0; t < limits::tracks; t++)
+    if (isDrums(p.tracks[t])) return t;
+  return -1;
+}
+
+void readPad(Project& p, const Json& object, const std::string& where) {
+  checkKeys(object, where, {"index", "track", "params"});
+  const int pad = requiredInteger(object, "index", where, 0, limits::pads - 1);
+  const int t = integerAt(object, "track", where, 0, limits::tracks - 1, firstDrums(p));
+  if (t < 0 || !isDrums(p.tracks[t]))
+    throw SpecError("Pads need a Drums track",
+                    "Give the pad a \"track\", or make one {\"index\": n, \"kind\": \"DRUMS\"}");
+  if (const Json* params = object.find("params"))
+    applyValues(p, *params, param::ScopePad, t, pad, where + ".params");
+}
+
+}  // namespace
+
+void readTracks(Project& p, const Json& section) {
+  const Json::Items& items = list(section, "\"tracks\" is an array of tracks");
+  for (size_t i = 0; i < items.size(); i++) readTrack(p, items[i], placeOf("tracks", i));
+}
+
+void readPads(Project& p, const Json& section) {
+  const Json::Items& items = list(section, "\"pads\" is an array of pads");
+  for (size_t i = 0; i < items.size(); i++) readPad(p, items[i], placeOf("pads", i));
+}
+
+}  // namespace synth::spec
