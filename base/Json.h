@@ -17,30 +17,29 @@ class Json {
   using Items = std::vector<Json>;
   using Members = std::vector<Member>;
 
-  Json() = default;
-  Json(std::nullptr_t) {}
-  Json(double number) : value_(number) {}
-  Json(int number) : value_(double(number)) {}
-  Json(unsigned number) : value_(double(number)) {}
-  Json(std::size_t number) : value_(double(number)) {}
+  Json();
+  Json(std::nullptr_t);
+  Json(double number);
+  Json(int number);
+  Json(unsigned number);
+  Json(std::size_t number);
   // A number that came from a 32-bit float prints with the digits that such a float needs.
-  Json(float number) : value_(double(number)), float32_(true) {}
-  Json(bool value) : value_(value) {}
-  Json(std::string text) : value_(std::move(text)) {}
-  Json(std::string_view text) : value_(std::string(text)) {}
-  Json(const char* text) : value_(std::string(text)) {}
-  static Json array() { return Json(Items{}); }
-  static Json array(Items items) { return Json(std::move(items)); }
+  Json(float number);
+  Json(bool value);
+  Json(std::string text);
+  Json(std::string_view text);
+  Json(const char* text);
+  static Json array();
   static Json object();
 
-  Json(const Json&) = default;
-  Json(Json&&) noexcept = default;
-  Json& operator=(const Json&) = default;
-  Json& operator=(Json&&) noexcept = default;
+  Json(const Json&);
+  Json(Json&&) noexcept;
+  Json& operator=(const Json&);
+  Json& operator=(Json&&) noexcept;
   // Frees nested containers with a list of its own instead of by recursion: depth has no limit.
   ~Json();
 
-  Type type() const { return Type(value_.index()); }
+  Type type() const;
   bool isNull() const { return type() == Null; }
   bool isNumber() const { return type() == Number; }
   bool isString() const { return type() == String; }
@@ -50,13 +49,13 @@ class Json {
   bool float32() const { return float32_; }
 
   // Each asks for a value of that type.
-  double number() const { return std::get<Number>(value_); }
-  const std::string& string() const { return std::get<String>(value_); }
-  bool boolean() const { return std::get<Bool>(value_); }
-  const Items& items() const { return std::get<Array>(value_); }
-  Items& items() { return std::get<Array>(value_); }
-  const Members& members() const { return std::get<Object>(value_); }
-  Members& members() { return std::get<Object>(value_); }
+  double number() const;
+  const std::string& string() const;
+  bool boolean() const;
+  const Items& items() const;
+  Items& items();
+  const Members& members() const;
+  Members& members();
 
   // Of an object: the first member of that key, or null.
   const Json* find(std::string_view key) const;
@@ -65,8 +64,6 @@ class Json {
   Json& push(Json value);
 
  private:
-  explicit Json(Items items) : value_(std::move(items)) {}
-
   std::variant<std::monostate, double, std::string, Items, Members, bool> value_;
   bool float32_ = false;
 };
@@ -75,6 +72,38 @@ struct Json::Member {
   std::string key;
   Json value;
 };
+
+// Defined here, where a Member is complete.
+inline Json::Json() = default;
+inline Json::Json(const Json&) = default;
+inline Json::Json(Json&&) noexcept = default;
+inline Json& Json::operator=(const Json&) = default;
+inline Json& Json::operator=(Json&&) noexcept = default;
+inline Json::Json(std::nullptr_t) {}
+inline Json::Json(double number) : value_(number) {}
+inline Json::Json(int number) : value_(double(number)) {}
+inline Json::Json(unsigned number) : value_(double(number)) {}
+inline Json::Json(std::size_t number) : value_(double(number)) {}
+inline Json::Json(float number) : value_(double(number)), float32_(true) {}
+inline Json::Json(bool value) : value_(value) {}
+inline Json::Json(std::string text) : value_(std::move(text)) {}
+inline Json::Json(std::string_view text) : value_(std::string(text)) {}
+inline Json::Json(const char* text) : value_(std::string(text)) {}
+
+inline Json::Type Json::type() const { return Type(value_.index()); }
+inline double Json::number() const { return std::get<Number>(value_); }
+inline const std::string& Json::string() const { return std::get<String>(value_); }
+inline bool Json::boolean() const { return std::get<Bool>(value_); }
+inline const Json::Items& Json::items() const { return std::get<Array>(value_); }
+inline Json::Items& Json::items() { return std::get<Array>(value_); }
+inline const Json::Members& Json::members() const { return std::get<Object>(value_); }
+inline Json::Members& Json::members() { return std::get<Object>(value_); }
+
+inline Json Json::array() {
+  Json json;
+  json.value_ = Items{};
+  return json;
+}
 
 inline Json Json::object() {
   Json json;

@@ -20,6 +20,7 @@ double usableRate(double rate) { return std::isfinite(rate) ? std::clamp(rate, 2
 Rates ratesFor(double rate) {
   Rates r;
   r.rate = rate;
+  r.period = 1 / rate;
   r.paramSmooth = float(1 - math::exp(-1 / (rate * 0.01)));
   r.modSmooth = float(1 - math::exp(-1 / (rate * 0.001)));
   r.fastRelease = float(math::exp(-7 / (rate * 0.03)));

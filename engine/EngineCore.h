@@ -33,7 +33,7 @@ struct ProjectSlot {
 
 // Numbers that follow from the sample rate alone.
 struct Rates {
-  double rate = 48000;
+  double rate = 48000, period = 1 / 48000.0;
   float paramSmooth = 0, modSmooth = 0, fastRelease = 0, clickDecay = 0, keyClick = 0;
 };
 
@@ -139,6 +139,7 @@ struct Prepared {
   u64 moving = 0;  // targets whose Lane moves in this segment: read `lane` for those
   const dsp::Block* lane[automation::trackTargets] = {};
   bool dirty = true;
+  u32 version = 0;  // counts the rebuilds
 };
 
 // The times of a segment's samples, by the same repeated addition as sample by sample.
@@ -151,7 +152,7 @@ struct SegmentClock {
 
 // Sums and scratch of one segment.
 struct SegmentMix {
-  dsp::Block voiceMid[voiceCount], voiceSide[voiceCount], voiceAmp[voiceCount];
+  dsp::Block voiceMid[voiceCount], voiceSide[voiceCount];
   dsp::Block trackL[limits::tracks], trackR[limits::tracks];  // mid and side first, then left and right
   bool trackUsed[limits::tracks];
   dsp::Block dryL, dryR;
@@ -236,5 +237,9 @@ struct EngineCore {
   const Track& track(int t) const { return project->tracks[t]; }
   int trackCount() const { return project->track_count; }
 };
+
+// Whether the segment starts on the sixteen-sample grid of the sample clock, on which every control rate
+// lies: anchored there and not to calls, so that the size of a call changes nothing.
+inline bool onGrid(const EngineCore& core) { return (core.sampleClock & 15) == 0; }
 
 }  // namespace synth

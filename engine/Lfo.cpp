@@ -1,7 +1,5 @@
 #include "engine/Lfo.h"
 
-#include <cmath>
-
 #include "engine/dsp/Random.h"
 #include "engine/dsp/Sine.h"
 
@@ -36,16 +34,17 @@ double syncCyclesPerStep(int option) {
 }
 
 float shapeValue(int shape, double cycles, u32 seed, const float* sine) {
-  const double whole = std::floor(cycles);
-  const float p = float(cycles - whole);
+  i64 whole = i64(cycles);
+  if (double(whole) > cycles) whole--;
+  const float p = float(cycles - double(whole));
   switch (shape) {
     case Triangle: return 1 - 4 * std::fabs(p - 0.5f);
     case SawDown: return 1 - 2 * p;
     case SawUp: return 2 * p - 1;
     case Square: return p < 0.5f ? 1 : -1;
-    case SampleAndHold: return randomAt(i64(whole), seed);
+    case SampleAndHold: return randomAt(whole, seed);
     case SmoothRandom: {
-      const float a = randomAt(i64(whole), seed), b = randomAt(i64(whole) + 1, seed);
+      const float a = randomAt(whole, seed), b = randomAt(whole + 1, seed);
       return a + p * p * (3 - 2 * p) * (b - a);
     }
     default: return dsp::sineOf(sine, p);
@@ -60,10 +59,10 @@ float valueOf(const EngineCore& core, const Voice& v, int which) {
   if (s.sync) {
     const double steps = core.transport.playing && !s.retrigger
                              ? core.transport.songTime()
-                             : double(since) / core.rates.rate * core.project->bpm / 15;
+                             : double(since) * core.rates.period * core.project->bpm / 15;
     cycles = syncCyclesPerStep(s.sync) * steps;
   } else {
-    cycles = double(s.rate) * double(since) / core.rates.rate;
+    cycles = double(s.rate) * double(since) * core.rates.period;
   }
   cycles += s.phase + core.lfoOffset[v.track][which];
   if (s.retrigger) cycles -= v.lfoOffsetAtStart[which];

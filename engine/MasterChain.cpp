@@ -66,7 +66,7 @@ bool asleep(EngineCore& core, int n) {
   if (!standing || !silent(core.mix.outL, n) || !silent(core.mix.outR, n)) {
     m.sleeping = false;
     if (!standing) m.quiet = 0;
-  } else if ((core.sampleClock & 15) == 0) {
+  } else if (onGrid(core)) {
     m.sleeping = m.quiet >= u32(core.rates.rate);
   }
   return m.sleeping;

@@ -51,7 +51,7 @@ void showVoice(const EngineCore& core, const Voice& voice, VoiceView& v) {
   v.filterEnv = voice.control.ownFilterEnv ? voice.filterEnv.level : std::fabs(voice.contour);
   v.timbre = voice.timbre.level;
   v.frequency = voice.frequency * voice.pitchRatio;
-  v.phase = voice.state.phaseA;
+  v.phase = dsp::unit(voice.state.phaseA);
   v.pan = voice.isPad ? voice.hitPan : voice.lfoPan2 + voice.unisonPan;
   for (int k = 0; k < 4; k++) v.engine[k] = voice.engine[k];
   for (int k = 0; k < 2; k++) v.lfo[k] = voice.lfoValue[k];

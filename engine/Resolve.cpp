@@ -193,6 +193,7 @@ void prepareTracks(EngineCore& core) {
     Prepared& now = core.prepared[t];
     if (!now.dirty) continue;
     now.dirty = false;
+    now.version++;
     now.moving = 0;
     const Track& track = core.track(t);
     for (int target = 0; target < trackTargets; target++) {
@@ -262,12 +263,6 @@ void mergeLocks(EngineCore& core) {
     if (o.lockMask[t] != mask) core.prepared[t].dirty = true;
     o.lockMask[t] = mask;
   }
-}
-
-float voiceParam(const EngineCore& core, const Voice& v, int target) {
-  const Overrides& o = core.overrides;
-  if ((v.lockMask & bit(target)) && !hasValue(o.touch[v.track][target])) return v.lockValues[target];
-  return core.prepared[v.track].value[target];
 }
 
 }  // namespace synth

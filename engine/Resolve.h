@@ -32,6 +32,9 @@ float busValue(const EngineCore& core, int target);
 void mergeLocks(EngineCore& core);
 
 // A target as a voice sees it: its own Lock first, unless a held touch replaces it.
-float voiceParam(const EngineCore& core, const Voice& voice, int target);
+inline float voiceParam(const EngineCore& core, const Voice& v, int target) {
+  if ((v.lockMask >> target & 1) && !hasValue(core.overrides.touch[v.track][target])) return v.lockValues[target];
+  return core.prepared[v.track].value[target];
+}
 
 }  // namespace synth

@@ -90,21 +90,32 @@ void levelTrack(EngineCore& core, int t, Block& mid, Block& side, bool silentInp
   }
 }
 
-// The pan gains of each sample.
-void panGains(EngineCore& core, int t, Block& gl, Block& gr, int n) {
+bool panStands(EngineCore& core, int t) {
   TrackState& s = core.tracks[t];
   const Value pan(core, t, PAN);
   const Pan now = panTarget(s, pan.first());
-  if (!pan.moves() && settled(s.panL, now.left) && settled(s.panR, now.right)) {
+  return !pan.moves() && settled(s.panL, now.left) && settled(s.panR, now.right);
+}
+
+// The pan gains of each sample.
+void panGains(EngineCore& core, int t, Block& gl, Block& gr, int n) {
+  TrackState& s = core.tracks[t];
+  if (panStands(core, t)) {
     gl.fill(s.panL);
     gr.fill(s.panR);
     return;
   }
+  const Value pan(core, t, PAN);
   for (int i = 0; i < n; i++) {
     const Pan target = panTarget(s, pan[i]);
     gl[i] = s.panL += (target.left - s.panL) * levelSlew;
     gr[i] = s.panR += (target.right - s.panR) * levelSlew;
   }
+}
+
+void movePan(EngineCore& core, int t, int n) {
+  Block gl, gr;
+  if (!panStands(core, t)) panGains(core, t, gl, gr, n);
 }
 
 // ---- High and low pass.
@@ -363,11 +374,11 @@ bool rests(const EngineCore& core, int t) {
 
 void fadeMeters(EngineCore& core, int t, int n) {
   TrackState& s = core.tracks[t];
-  for (int i = 0; i < n; i++) {
+  for (int i = 0; i < n && s.peakL + s.peakR > 0; i++) {
     s.peakL = flushed(s.peakL * 0.9995f);
     s.peakR = flushed(s.peakR * 0.9995f);
-    writeScope(core, t, i, 0);
   }
+  for (int i = int(-core.sampleClock & 7); i < n; i += 8) writeScope(core, t, i, 0);
   s.lastMid = 0;
 }
 
@@ -378,7 +389,7 @@ void watchSleep(EngineCore& core, int t) {
   if (core.transport.playing || core.mix.trackUsed[t]) {
     s.quiet = 0;
     s.sleeping = false;
-  } else if ((core.sampleClock & 15) == 0) {
+  } else if (onGrid(core)) {
     s.sleeping = s.quiet >= u32(core.rates.rate * 0.5);
   }
 }
@@ -433,13 +444,13 @@ void renderTracks(EngineCore& core) {
     queueFilter(core, t, HIGHPASS, s.highpassHz, s.highpass, s.highpassState, high, highpassOn,
                 SvfSetting::high);
   }
-  runSvfs(high.channels, high.count, n);
+  runSvfs(high.channels, high.count, n, onGrid(core));
   for (int t = 0; t < limits::tracks; t++) {
     TrackState& s = core.tracks[t];
     if (works[t])
       queueFilter(core, t, LOWPASS, s.lowpassHz, s.lowpass, s.lowpassState, low, lowpassOn, SvfSetting::low);
   }
-  runSvfs(low.channels, low.count, n);
+  runSvfs(low.channels, low.count, n, onGrid(core));
   for (int t = 0; t < limits::tracks; t++) {
     if (!works[t]) continue;
     driveTrack(core, t, mix.trackL[t], mix.trackR[t], n);
@@ -452,8 +463,7 @@ void renderTracks(EngineCore& core) {
       core.tracks[t].quiet += u32(n);
       duckTrack(core, t, l, r, true, n);
       fadeMeters(core, t, n);
-      Block gl, gr;
-      panGains(core, t, gl, gr, n);
+      movePan(core, t, n);
       continue;
     }
     modulateTrack(core, t, l, r, n);

@@ -82,7 +82,7 @@ void runTrackEqs(EngineCore& core, const bool (&works)[limits::tracks]) {
       channels[count++] = {&core.mix.trackL[t], &s.eqState[band][0], &s.eq[band]};
       channels[count++] = {&core.mix.trackR[t], &s.eqState[band][1], &s.eq[band]};
     }
-    dsp::runBiquads(channels, count, core.clock.n);
+    dsp::runBiquads(channels, count, core.clock.n, onGrid(core));
   }
 }
 

@@ -5,6 +5,7 @@
 #include "engine/VoiceCoefficients.h"
 #include "engine/drums/Hit.h"
 #include "engine/dsp/LaneFilters.h"
+#include "engine/dsp/Phase.h"
 
 namespace synth {
 
@@ -12,7 +13,7 @@ enum class Stage : u8 { Idle, Attack, Decay, Sustain, Release };
 
 // Memory of the Synth kinds; zeroed when a voice's kind changes.
 struct KindState {
-  float phaseA = 0, phaseB = 0, phaseC = 0, phaseD = 0;
+  dsp::Phase phaseA = 0, phaseB = 0, phaseC = 0, phaseD = 0;
   float strike = 1;
   float last1 = 0, last2 = 0;  // FM: the modulator's last two outputs
 };
@@ -76,7 +77,8 @@ struct Voice {
 
   // Sources around the engine.
   u32 seed = 1;
-  float subPhase = 0, clickLevel = 0, clickPhase = 0;
+  dsp::Phase subPhase = 0, clickPhase = 0;
+  float clickLevel = 0;
   KindState state;
 
   // A Pad's hit.

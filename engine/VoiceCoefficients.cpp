@@ -1,5 +1,7 @@
 #include "engine/VoiceCoefficients.h"
 
+#include <algorithm>
+
 #include "base/Math.h"
 #include "engine/Resolve.h"
 
@@ -13,6 +15,10 @@ float step(double rate, double seconds) { return float(1 / (rate * seconds)); }
 }  // namespace
 
 const VoiceCoefficients& coefficientsOf(EngineCore& core, Voice& v) {
+  VoiceCoefficients& k = v.coefficients;
+  if (k.version == core.prepared[v.track].version && k.locks == v.lockCounter) return k;
+  k.version = core.prepared[v.track].version;
+  k.locks = v.lockCounter;
   const Track& t = core.track(v.track);
   const double rate = core.rates.rate;
   const float now[VoiceCoefficients::inputs] = {voiceParam(core, v, automation::ATTACK),
@@ -24,13 +30,14 @@ const VoiceCoefficients& coefficientsOf(EngineCore& core, Voice& v) {
                                                 t.filter_attack,
                                                 t.filter_decay,
                                                 t.filter_release};
-  VoiceCoefficients& k = v.coefficients;
   auto changed = [&](int i) {
     if (k.seconds[i] == now[i]) return false;
     k.seconds[i] = now[i];
     return true;
   };
   if (changed(0)) k.attackStep = step(rate, now[0]);
+  // The filter's contour follows the Track's own attack, and never faster than in 30 ms.
+  k.contourStep = step(rate, std::max(t.attack, 0.03f));
   if (changed(1)) {
     k.decay = fall(1, rate, now[1]);
     k.contourDecay = fall(3, rate, now[1]);

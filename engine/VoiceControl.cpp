@@ -50,7 +50,7 @@ Modulation modulate(EngineCore& core, Voice& v, const Track& track) {
   const float depth1 = voiceParam(core, v, LFO_DEPTH);
   float depth2 = voiceParam(core, v, LFO2_DEPTH);
   if (depth2 != 0 && track.lfo2_fade > 0) {
-    const double t = double(core.sampleClock - v.sampleStart) / core.rates.rate;
+    const double t = double(core.sampleClock - v.sampleStart) * core.rates.period;
     depth2 *= float(std::min(t / track.lfo2_fade, 1.0));
   }
   v.lfoValue[0] = depth1 != 0 ? lfo::valueOf(core, v, 0) : 0;
@@ -61,15 +61,16 @@ Modulation modulate(EngineCore& core, Voice& v, const Track& track) {
 }
 
 void controlEnvelopes(EngineCore& core, Voice& v, const Track& track) {
-  const double rate = core.rates.rate;
   Voice::Control& c = v.control;
   const VoiceCoefficients& k = coefficientsOf(core, v);
   c.attackStep = k.attackStep;
   c.dCoef = k.decay;
   c.aDecay = k.contourDecay;
   c.rCoef = v.stolen || v.endsEarly ? std::min(k.release, core.rates.fastRelease) : k.release;
-  c.contourStep = float(1 / (rate * std::max(track.attack, 0.03f)));
+  c.contourStep = k.contourStep;
   c.sustain = track.sustain;
+  // A voice that has died away lets its timbre go as well.
+  if (v.amp < 1e-5f && v.ampStage != Stage::Attack && v.timbre.stage != Stage::Idle) v.timbre.stage = Stage::Release;
   c.timbreAttack = k.timbreAttack;
   c.timbreDecay = k.timbreDecay;
   c.timbreRelease = k.timbreRelease;
@@ -117,7 +118,7 @@ void controlFilter(EngineCore& core, Voice& v, const Track& track, const Modulat
 void controlPitch(EngineCore& core, Voice& v, const Track& track, const Modulation& m, bool first) {
   float semitones = track.transpose + track.fine * 0.01f + voiceParam(core, v, PITCH) + m.semitones;
   if (v.pitchEnv != 0) {
-    const double t = double(core.sampleClock - v.sampleStart) / core.rates.rate;
+    const double t = double(core.sampleClock - v.sampleStart) * core.rates.period;
     semitones += v.pitchEnv * dsp::exp2Fast(float(-t / (v.pitchEnvTime * math::ln2)));
   }
   v.pitchTarget = semitones == 0 ? 1 : dsp::exp2Fast(semitones / 12);

@@ -141,9 +141,8 @@ void start(EngineCore& core, int t, const Note& note, bool live, double gateEnd)
       copy->serial = ++core.voiceSerial;
       copy->seed = u32(copy->serial) * 733u + 5369127u;
       const u32 h = dsp::hash(u32(k) + u32(copy->serial) * 97u);
-      const float ph = float(dsp::hash24(h)) / 16777216.0f;
-      copy->state.phaseA = ph;
-      copy->state.phaseB = copy->state.phaseC = copy->state.phaseD = dsp::wrapped(ph + 0.37f);
+      copy->state.phaseA = (dsp::hash24(h) & 0xFFFFFF) << 8;
+      copy->state.phaseB = copy->state.phaseC = copy->state.phaseD = copy->state.phaseA + dsp::phaseShift(0.37f);
     }
     const float s = 2 * float(k) / float(count - 1) - 1;
     copy->unisonGain = 1 / std::sqrt(float(count));

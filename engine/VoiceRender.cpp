@@ -1,13 +1,14 @@
-// Rendering all voices over a segment in passes: sources and envelopes voice by voice, filters side by
-// side, then level, pan and declick; at last the sums, in slot order.
+// Rendering all voices over a segment in passes: what moves, side by side; sources, voice by voice;
+// filters, side by side; level, pan and declick; at last the sums, in slot order.
 #include <algorithm>
 #include <cmath>
 
 #include "engine/Drums.h"
+#include "engine/VoiceMotion.h"
 #include "engine/VoicePool.h"
 #include "engine/Voices.h"
 #include "engine/dsp/Random.h"
-#include "engine/dsp/Sine.h"
+#include "engine/dsp/Phase.h"
 #include "engine/kinds/Kind.h"
 
 namespace synth {
@@ -15,139 +16,15 @@ namespace {
 
 using namespace dsp;
 
-// Moves `value` towards `target` once a sample. True when it stood still all the while.
-bool smooth(float& value, float target, float c, Block& out, int n) {
-  if (value + (target - value) * c == value) {
-    out.fill(value);
-    return true;
-  }
-  for (int i = 0; i < n; i++) out[i] = value += (target - value) * c;
-  for (int i = n; i < segment; i++) out[i] = value;
-  return false;
-}
-
-// ---- Pass 1: pitch, envelopes, source.
-
-// The phase step of each sample; true when it is the same throughout.
-bool pitch(const EngineCore& core, Voice& v, Block& inc, int n) {
-  const float rate = float(core.rates.rate);
-  auto step = [&] { return std::min(v.frequency * v.detuneRatio * v.pitchRatio / rate, 0.45f); };
-  const bool still =
-      v.glideLeft == 0 && v.pitchRatio + (v.pitchTarget - v.pitchRatio) * 0.0625f == v.pitchRatio;
-  if (still) {
-    v.phaseInc = step();
-    inc.fill(v.phaseInc);
-    return true;
-  }
-  for (int i = 0; i < n; i++) {
-    if (v.glideLeft > 0) {
-      v.glideFrequency *= v.glideRatio;
-      v.frequency = --v.glideLeft ? float(v.glideFrequency) : float(v.targetFrequency);
-    }
-    v.pitchRatio += (v.pitchTarget - v.pitchRatio) * 0.0625f;
-    inc[i] = v.phaseInc = step();
-  }
-  for (int i = n; i < segment; i++) inc[i] = v.phaseInc;
-  return false;
-}
-
-void envelopeStep(Envelope& e, float attack, float decay, float sustain, float release, float done) {
-  switch (e.stage) {
-    case Stage::Attack:
-      e.level += attack;
-      if (e.level >= 1) {
-        e.level = 1;
-        e.stage = Stage::Decay;
-      }
-      break;
-    case Stage::Decay:
-      e.level = sustain + (e.level - sustain) * decay;
-      if (std::fabs(e.level - sustain) < 1e-5f) e.stage = Stage::Sustain;
-      break;
-    case Stage::Sustain: e.level = sustain; break;
-    case Stage::Release:
-      e.level *= release;
-      if (e.level < done) {
-        e.level = 0;
-        e.stage = Stage::Idle;
-      }
-      break;
-    case Stage::Idle: break;
-  }
-}
-
-// The amp envelope and the contour; returns how many samples the voice still sounds.
-int ampEnvelope(Voice& v, Block& amp, int n) {
-  const Voice::Control& c = v.control;
-  const float end = v.endsEarly ? 2e-5f : 1e-5f;
-  for (int i = 0; i < n; i++) {
-    switch (v.ampStage) {
-      case Stage::Attack:
-        v.amp += c.attackStep;
-        v.contour = std::min(v.contour + c.contourStep, 0.9999f);
-        if (v.amp >= 1) {
-          v.amp = 1;
-          v.ampStage = Stage::Decay;
-          v.contour = -1;
-        }
-        break;
-      case Stage::Release:
-        v.amp *= c.rCoef;
-        v.contour = std::min(v.contour * c.aDecay, -1e-6f);
-        if (v.amp < end) {
-          for (int k = i; k < segment; k++) amp[k] = 0;
-          v.active = false;
-          return i;
-        }
-        break;
-      default:
-        v.amp = c.sustain + (v.amp - c.sustain) * c.dCoef;
-        v.contour = std::min(v.contour * c.aDecay, -1e-6f);
-    }
-    amp[i] = v.amp;
-  }
-  for (int i = n; i < segment; i++) amp[i] = 0;
-  return n;
-}
-
-// engine1..engine4 of each sample, with LFO offsets and the timbre envelope.
-void engineValues(const EngineCore& core, Voice& v, const Block& amp, Block (&e)[4], bool (&flat)[4], int n) {
-  const Voice::Control& c = v.control;
-  for (int k = 0; k < 4; k++) {
-    flat[k] = smooth(v.engine[k], c.engineTarget[k], core.rates.paramSmooth, e[k], n);
-    if (c.engineOffset[k] == 0) continue;
-    for (int q = 0; q < segment / 4; q++) e[k].put(q, clamp(e[k].at(q) + splat(c.engineOffset[k]), 0, 1));
-  }
-  Block timbre;
-  // A voice that has died away lets its timbre go as well.
-  auto died = [&](int i) { return amp[i] < 1e-5f && v.ampStage != Stage::Attack; };
-  const bool still = v.timbre.stage == Stage::Idle ||
-                     (v.timbre.stage == Stage::Sustain && v.timbre.level == c.timbreSustain && !died(n - 1));
-  for (int i = 0; i < n && !still; i++) {
-    if (died(i) && v.timbre.stage != Stage::Idle) v.timbre.stage = Stage::Release;
-    envelopeStep(v.timbre, c.timbreAttack, c.timbreDecay, c.timbreSustain, c.timbreRelease, 1e-6f);
-    timbre[i] = v.timbre.level;
-  }
-  if (c.timbreAmount == 0) return;
-  if (still)
-    timbre.fill(v.timbre.level);
-  else
-    for (int i = n; i < segment; i++) timbre[i] = v.timbre.level;
-  Block& target = e[c.timbreTarget];
-  flat[c.timbreTarget] &= still;
-  for (int q = 0; q < segment / 4; q++)
-    target.put(q, clamp(target.at(q) + splat(c.timbreAmount) * timbre.at(q), 0, 1));
-}
+// ---- Pass 2: the source.
 
 void addSubAndNoise(const EngineCore& core, Voice& v, const Block& inc, Block& mid, int n) {
   const Track& track = core.track(v.track);
   if (track.sub_level > 0) {
-    Block phase;
-    for (int i = 0; i < n; i++) {
-      phase[i] = v.subPhase;
-      v.subPhase = wrapped(v.subPhase + inc[i] * 0.5f);
-    }
-    for (int i = n; i < segment; i++) phase[i] = 0;
+    Block half;
+    for (int q = 0; q < segment / 4; q++) half.put(q, inc.at(q) * splat(0.5f));
+    PhaseBlock phase;
+    advance(v.subPhase, half, phase, n);
     for (int q = 0; q < quads(n); q++)
       mid.put(q, mid.at(q) + splat(track.sub_level * 0.6f) * sineAt(core.sine, phase.at(q)));
   }
@@ -167,20 +44,16 @@ void followKind(const EngineCore& core, Voice& v) {
 }
 
 // Returns whether the voice gives a side signal.
-bool renderSource(EngineCore& core, Voice& v, Block& mid, Block& side, Block& amp, int n) {
+bool renderSource(EngineCore& core, Voice& v, const VoiceMotion& motion, Block& mid, Block& side) {
+  const int n = core.clock.n;
   const Track& track = core.track(v.track);
   followKind(core, v);
-  Block inc, e[4], phase;
+  Block e[4];
+  PhaseBlock phase;
   kinds::Run run;
-  run.incFlat = pitch(core, v, inc, n);
-  ampEnvelope(v, amp, n);
-  engineValues(core, v, amp, e, run.eFlat, n);
-  if (v.control.ownFilterEnv) {
-    const Voice::Control& c = v.control;
-    for (int i = 0; i < n; i++) {
-      envelopeStep(v.filterEnv, c.filterAttack, c.filterDecay, c.filterSustain, c.filterRelease, 1e-20f);
-    }
-  }
+  const Block& inc = motion.inc;
+  run.incFlat = motion.incFlat;
+  engineValues(core, v, motion, e, run.eFlat);
 
   const kinds::Render render = kinds::rendererOf(v.kind);
   if (!render) {
@@ -211,7 +84,7 @@ bool renderSource(EngineCore& core, Voice& v, Block& mid, Block& side, Block& am
   return run.stereo;
 }
 
-// ---- Pass 2: filters, side by side.
+// ---- Pass 3: filters, side by side.
 
 void driveIntoSvf(Voice& v, Block& signal, int n) {
   const float d = v.svfDrive;
@@ -249,7 +122,7 @@ struct FilterQueues {
   }
 };
 
-// ---- Pass 3: level, click, pan, declick.
+// ---- Pass 4: level, click, pan, declick.
 
 void applyLevel(const EngineCore& core, Voice& v, Block& mid, Block& side, const Block& amp, bool stereo,
                 int n) {
@@ -279,7 +152,7 @@ void addClick(const EngineCore& core, Voice& v, Block& mid, int n) {
   for (int i = 0; i < n && v.clickLevel > 0.0001f; i++) {
     mid[i] += loud * v.clickLevel * amount *
               (white(v.seed) * 0.35f + sineAt(core.sine, v.clickPhase) * 0.65f) * 0.5f;
-    v.clickPhase = wrapped(v.clickPhase + float(2600 / core.rates.rate));
+    v.clickPhase += phaseStep(float(2600 / core.rates.rate));
     v.clickLevel *= core.rates.keyClick;
   }
 }
@@ -350,22 +223,30 @@ void releaseOrphans(EngineCore& core) {
 void renderVoices(EngineCore& core) {
   const int n = core.clock.n;
   SegmentMix& mix = core.mix;
+  VoiceMotion motion[voiceCount];
+  MotionQueue queue;
   FilterQueues filters;
   bool used[voiceCount] = {}, stereo[voiceCount] = {};
   releaseOrphans(core);
-  const bool tick = (core.sampleClock & 15) == 0;
+  const bool tick = onGrid(core);
   for (int i = 0; i < voiceCount; i++) {
     Voice& v = core.voices[i];
     if (!v.active) continue;
     used[i] = true;
     const bool first = v.sampleStart == core.sampleClock;
     if (tick || first) controlVoice(core, v, first);
-    if (v.isPad) continue;
-    stereo[i] = renderSource(core, v, mix.voiceMid[i], mix.voiceSide[i], mix.voiceAmp[i], n);
+    if (!v.isPad) beginMotion(core, v, motion[i], queue);
+  }
+  runApproaches(queue.all, queue.count, n);
+  for (int i = 0; i < voiceCount; i++) {
+    Voice& v = core.voices[i];
+    if (!used[i] || v.isPad) continue;
+    finishMotion(core, v, motion[i]);
+    stereo[i] = renderSource(core, v, motion[i], mix.voiceMid[i], mix.voiceSide[i]);
     filters.add(v, mix.voiceMid[i], mix.voiceSide[i], stereo[i], n);
   }
-  runLadders(filters.ladders, filters.ladderCount, n);
-  runSvfs(filters.svfs, filters.svfCount, n);
+  runLadders(filters.ladders, filters.ladderCount, n, tick);
+  runSvfs(filters.svfs, filters.svfCount, n, tick);
 
   for (int t = 0; t < limits::tracks; t++) mix.trackUsed[t] = false;
   for (int i = 0; i < voiceCount; i++) {
@@ -376,7 +257,7 @@ void renderVoices(EngineCore& core) {
       renderHit(v, mid, side, n);
       stereo[i] = true;
     } else {
-      applyLevel(core, v, mid, side, mix.voiceAmp[i], stereo[i], n);
+      applyLevel(core, v, mid, side, motion[i].amp, stereo[i], n);
       addClick(core, v, mid, n);
       stereo[i] = place(core, v, mid, side, stereo[i], n);
     }

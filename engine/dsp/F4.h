@@ -54,7 +54,13 @@ inline i4 truncated(f4 v) {
 }
 inline f4 toFloats(i4 v) { return __builtin_convertvector(v, f4); }
 
-inline bool any(i4 mask) { return (mask[0] | mask[1] | mask[2] | mask[3]) != 0; }
+inline bool any(i4 mask) {
+#if defined(__SSE2__)
+  return _mm_movemask_ps((__m128)mask) != 0;
+#else
+  return (mask[0] | mask[1] | mask[2] | mask[3]) != 0;
+#endif
+}
 
 // Magnitudes below 1e-20 become 0: recursive filters must not sink into denormals.
 inline f4 flushed(f4 v) { return onlyWhere(abs(v) >= splat(1e-20f), v); }

@@ -18,6 +18,10 @@ void signals(const Channel* channels, int count, Block* (&blocks)[laneGroup]) {
   for (int c = 0; c < count; c++) blocks[c] = channels[c].signal;
 }
 
+void flushAll(LaneValue& values) {
+  for (int q = 0; q < laneQuads; q++) values.put(q, flushed(values.at(q)));
+}
+
 // The four vectors of a group step through the samples together; `quadCount` of them hold channels.
 template <int QuadCount>
 void ladderGroup(LaneFrame& frame, LaneValue (&state)[4], const LaneValue& gains, const LaneValue& feedback,
@@ -44,16 +48,16 @@ void ladderGroup(LaneFrame& frame, LaneValue (&state)[4], const LaneValue& gains
       const f4 u = sat(clip((frame.v[i][q] * input[q] - k[q] * S) * inverse[q], 4.5f));
       // y = s + G (in - s) and the new state 2 y - s, as one multiply less on the critical path.
       f4 y = h * s1[q] + g * u;
-      s1[q] = flushed(y + y - s1[q]);
+      s1[q] = y + y - s1[q];
       f4 in = y;
       y = h * s2[q] + g * in;
-      s2[q] = flushed(y + y - s2[q]);
+      s2[q] = y + y - s2[q];
       in = y;
       y = h * s3[q] + g * in;
-      s3[q] = flushed(y + y - s3[q]);
+      s3[q] = y + y - s3[q];
       in = y;
       y = h * s4[q] + g * in;
-      s4[q] = flushed(y + y - s4[q]);
+      s4[q] = y + y - s4[q];
       frame.v[i][q] = y * output[q];
     }
   }
@@ -78,8 +82,8 @@ void svfGroup(LaneFrame& frame, LaneValue& first, LaneValue& second, const LaneV
       const f4 x = frame.v[i][q], v3 = x - ic2[q];
       const f4 v1 = a1 * ic1[q] + a2 * v3;
       const f4 v2 = ic2[q] + a2 * ic1[q] + a3 * v3;
-      ic1[q] = flushed(v1 + v1 - ic1[q]);
-      ic2[q] = flushed(v2 + v2 - ic2[q]);
+      ic1[q] = v1 + v1 - ic1[q];
+      ic2[q] = v2 + v2 - ic2[q];
       frame.v[i][q] = setting[3].at(q) * x + setting[4].at(q) * v1 + setting[5].at(q) * v2;
     }
   }
@@ -101,8 +105,8 @@ void biquadGroup(LaneFrame& frame, LaneValue& first, LaneValue& second, const La
     for (int q = 0; q < QuadCount; q++) {
       const f4 x = frame.v[i][q];
       const f4 y = setting[0].at(q) * x + z1[q];
-      z1[q] = flushed(setting[1].at(q) * x - setting[3].at(q) * y + z2[q]);
-      z2[q] = flushed(setting[2].at(q) * x - setting[4].at(q) * y);
+      z1[q] = setting[1].at(q) * x - setting[3].at(q) * y + z2[q];
+      z2[q] = setting[2].at(q) * x - setting[4].at(q) * y;
       frame.v[i][q] = y;
     }
   }
@@ -125,8 +129,8 @@ void byQuads(int count, Group group) {
 
 }  // namespace
 
-void runLadders(const LadderChannel* channels, int count, int n) {
-  inGroups(channels, count, [n](const LadderChannel* c, int size) {
+void runLadders(const LadderChannel* channels, int count, int n, bool flush) {
+  inGroups(channels, count, [n, flush](const LadderChannel* c, int size) {
     LaneFrame frame;
     Block* blocks[laneGroup];
     LaneValue state[4], gain, feedback, drive;
@@ -137,6 +141,8 @@ void runLadders(const LadderChannel* channels, int count, int n) {
       feedback[lane] = c[lane].setting->k;
       drive[lane] = c[lane].setting->drive;
     }
+    if (flush)
+      for (LaneValue& s : state) flushAll(s);
     gather(frame, blocks, size, n);
     byQuads(size, [&]<int Q>() { ladderGroup<Q>(frame, state, gain, feedback, drive, n); });
     scatter(frame, blocks, size, n);
@@ -145,8 +151,8 @@ void runLadders(const LadderChannel* channels, int count, int n) {
   });
 }
 
-void runSvfs(const SvfChannel* channels, int count, int n) {
-  inGroups(channels, count, [n](const SvfChannel* c, int size) {
+void runSvfs(const SvfChannel* channels, int count, int n, bool flush) {
+  inGroups(channels, count, [n, flush](const SvfChannel* c, int size) {
     LaneFrame frame;
     Block* blocks[laneGroup];
     LaneValue first, second, setting[6];
@@ -158,6 +164,10 @@ void runSvfs(const SvfChannel* channels, int count, int n) {
       const float values[] = {s.f.a1, s.f.a2, s.f.a3, s.inputMix, s.bandMix, s.lowMix};
       for (int k = 0; k < 6; k++) setting[k][lane] = values[k];
     }
+    if (flush) {
+      flushAll(first);
+      flushAll(second);
+    }
     gather(frame, blocks, size, n);
     byQuads(size, [&]<int Q>() { svfGroup<Q>(frame, first, second, setting, n); });
     scatter(frame, blocks, size, n);
@@ -165,8 +175,8 @@ void runSvfs(const SvfChannel* channels, int count, int n) {
   });
 }
 
-void runBiquads(const BiquadChannel* channels, int count, int n) {
-  inGroups(channels, count, [n](const BiquadChannel* c, int size) {
+void runBiquads(const BiquadChannel* channels, int count, int n, bool flush) {
+  inGroups(channels, count, [n, flush](const BiquadChannel* c, int size) {
     LaneFrame frame;
     Block* blocks[laneGroup];
     LaneValue first, second, setting[5];
@@ -177,6 +187,10 @@ void runBiquads(const BiquadChannel* channels, int count, int n) {
       second[lane] = c[lane].state->z2;
       const float values[] = {s.b0, s.b1, s.b2, s.a1, s.a2};
       for (int k = 0; k < 5; k++) setting[k][lane] = values[k];
+    }
+    if (flush) {
+      flushAll(first);
+      flushAll(second);
     }
     gather(frame, blocks, size, n);
     byQuads(size, [&]<int Q>() { biquadGroup<Q>(frame, first, second, setting, n); });

@@ -1,5 +1,6 @@
 // The filters that run in groups of channels: ladder, state variable and biquad. The caller fills one
-// entry a channel; states are read before and written back after.
+// entry a channel; states are read before and written back after. With `flush` tiny states become 0
+// first: callers ask for it on the sixteen-sample grid, which is often enough to stay out of denormals.
 #pragma once
 
 #include "engine/dsp/Lanes.h"
@@ -22,7 +23,7 @@ struct LadderChannel {
   LadderState* state;
   const LadderSetting* setting;
 };
-void runLadders(const LadderChannel* channels, int count, int n);
+void runLadders(const LadderChannel* channels, int count, int n, bool flush);
 
 // One output of a state variable filter: inputMix * x + bandMix * band + lowMix * low.
 struct SvfSetting {
@@ -39,7 +40,7 @@ struct SvfChannel {
   SvfState* state;
   const SvfSetting* setting;
 };
-void runSvfs(const SvfChannel* channels, int count, int n);
+void runSvfs(const SvfChannel* channels, int count, int n, bool flush);
 
 // Transposed direct form II; a0 is 1.
 struct Biquad {
@@ -54,6 +55,6 @@ struct BiquadChannel {
   BiquadState* state;
   const Biquad* setting;
 };
-void runBiquads(const BiquadChannel* channels, int count, int n);
+void runBiquads(const BiquadChannel* channels, int count, int n, bool flush);
 
 }  // namespace synth::dsp

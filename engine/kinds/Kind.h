@@ -22,7 +22,7 @@ struct Run {
   // Written by the kind; `phase` is that of the fundamental before each sample's step.
   dsp::Block* mid = nullptr;
   dsp::Block* side = nullptr;
-  dsp::Block* phase = nullptr;
+  dsp::PhaseBlock* phase = nullptr;
   bool stereo = false;  // whether `side` was written; it reads as silence otherwise
 };
 
