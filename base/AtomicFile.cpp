@@ -4,7 +4,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
@@ -20,16 +23,78 @@ bool flushFolderOf(const std::string& path) {
   return (::close(fd) == 0) && ok;
 }
 
+// Where the links of a path lead; the path itself where they lead nowhere.
+std::string behindLinks(const std::string& path) {
+  struct stat info;
+  if (::lstat(path.c_str(), &info) != 0 || !S_ISLNK(info.st_mode)) return path;
+  char* real = ::realpath(path.c_str(), nullptr);
+  std::string out = real ? real : path;
+  std::free(real);
+  return out;
+}
+
+mode_t modeFor(const std::string& path) {
+  struct stat info;
+  if (::stat(path.c_str(), &info) == 0) return info.st_mode & 07777;
+  const mode_t mask = ::umask(0);
+  ::umask(mask);
+  return 0666 & ~mask;
+}
+
+// Temporary files that a signal removes: paths at fixed places, since a handler may not allocate.
+struct Registry {
+  static constexpr int places = 8;
+  std::atomic<bool> used[places]{};
+  char paths[places][PATH_MAX]{};
+};
+Registry registry;
+
+int enroll(const std::string& path) {
+  if (path.size() >= PATH_MAX) return -1;
+  for (int i = 0; i < Registry::places; i++) {
+    if (registry.used[i].load()) continue;
+    std::memcpy(registry.paths[i], path.c_str(), path.size() + 1);
+    registry.used[i].store(true);
+    return i;
+  }
+  return -1;
+}
+
+extern "C" void removeAndEnd(int signal) {
+  for (int i = 0; i < Registry::places; i++)
+    if (registry.used[i].load()) ::unlink(registry.paths[i]);
+  std::signal(signal, SIG_DFL);
+  std::raise(signal);
+}
+
 }  // namespace
+
+void removeTemporaryFilesOnSignals() {
+  for (int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, removeAndEnd);
+}
 
 AtomicFile::~AtomicFile() {
   if (file_) std::fclose(file_);
   if (!temporary_.empty()) ::unlink(temporary_.c_str());
+  forget();
 }
 
-bool AtomicFile::open(const std::string& destination, std::string& error) {
-  if (destination.empty() || destination.find('\0') != destination.npos) {
+void AtomicFile::forget() {
+  if (registered_ >= 0) registry.used[registered_].store(false);
+  registered_ = -1;
+  temporary_.clear();
+}
+
+bool AtomicFile::open(const std::string& wanted, std::string& error) {
+  if (wanted.empty() || wanted.find('\0') != wanted.npos) {
     error = "Invalid destination path";
+    return false;
+  }
+  const std::string destination = behindLinks(wanted);
+  struct stat info;
+  if (::stat(destination.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
+    error = std::string("Cannot replace destination: ") +
+            (S_ISDIR(info.st_mode) ? std::strerror(EISDIR) : "Not an ordinary file");
     return false;
   }
   std::string name = destination + ".tmp.XXXXXX";
@@ -40,6 +105,8 @@ bool AtomicFile::open(const std::string& destination, std::string& error) {
   }
   destination_ = destination;
   temporary_ = name;
+  registered_ = enroll(name);
+  ::fchmod(fd, modeFor(destination));
   file_ = ::fdopen(fd, "w+b");
   if (!file_) {
     error = std::string("Cannot open temporary output: ") + std::strerror(errno);
@@ -61,27 +128,43 @@ bool AtomicFile::seek(long offset, std::string& error) {
   return false;
 }
 
-bool AtomicFile::commit(std::string& error) {
+bool AtomicFile::close(std::string& error) {
   if (std::fflush(file_) != 0 || ::fsync(::fileno(file_)) != 0) {
     error = "Output flush failed";
     return false;
   }
   std::FILE* file = file_;
   file_ = nullptr;
-  if (std::fclose(file) != 0) {
-    error = "Output close failed";
-    return false;
-  }
+  if (std::fclose(file) == 0) return true;
+  error = "Output close failed";
+  return false;
+}
+
+bool AtomicFile::commit(std::string& error) {
+  if (!close(error)) return false;
   if (std::rename(temporary_.c_str(), destination_.c_str()) != 0) {
     error = std::string("Cannot replace destination: ") + std::strerror(errno);
     return false;
   }
-  temporary_.clear();
-  if (!flushFolderOf(destination_)) {
-    error = "Directory flush failed after replacement";
+  forget();
+  if (flushFolderOf(destination_)) return true;
+  error = "Directory flush failed after replacement";
+  return false;
+}
+
+bool AtomicFile::commitNew(bool& taken, std::string& error) {
+  taken = false;
+  if (file_ && !close(error)) return false;
+  if (::link(temporary_.c_str(), destination_.c_str()) != 0) {
+    taken = errno == EEXIST;
+    error = std::string("Cannot replace destination: ") + std::strerror(errno);
     return false;
   }
-  return true;
+  ::unlink(temporary_.c_str());
+  forget();
+  if (flushFolderOf(destination_)) return true;
+  error = "Directory flush failed after replacement";
+  return false;
 }
 
 bool writeAtomically(const std::string& destination, std::string_view bytes, std::string& error) {

@@ -93,7 +93,7 @@ int intOption(const Args& args, const std::string& name, int fallback, int lo, i
 double numberOption(const Args& args, const std::string& name, double fallback, double lo, double hi) {
   if (!args.has(name)) return fallback;
   double value = 0;
-  if (decimal(args.at(name), value) && value >= lo && value <= hi) return value;
+  if (decimal(args.at(name), value) && value >= lo && value <= hi) return value + 0.0;
   throw usage("--" + name + " must be a number " + text::number(lo, false) + ".." + text::number(hi, false) +
               ", got " + args.at(name));
 }
@@ -108,7 +108,8 @@ int trackOption(const Project& project, const std::string& wanted) {
     names.emplace_back(nameText(project.tracks[t].name));
     if (!digits && names.back() == name) return t;
   }
-  throw CliError("unknown_track", "No track named " + wanted, "Tracks: " + text::joined(names, ", "));
+  throw CliError("unknown_track", digits ? "No track " + wanted : "No track named " + wanted,
+                 "Tracks: " + text::joined(names, ", "));
 }
 
 }  // namespace synth::cli

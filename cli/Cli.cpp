@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "base/AtomicFile.h"
 #include "base/Suggest.h"
 #include "base/Text.h"
 #include "cli/Args.h"
@@ -28,10 +29,12 @@ std::vector<std::string> commandNames() {
   for (const char* group : groups) {
     if (args[0] != group) continue;
     if (!two.empty()) name = two;
-    std::string hint = std::string(group) + " commands:";
+    std::string words;
     for (const Command& command : registerCommands())
       if (command.name.compare(0, args[0].size() + 1, args[0] + " ") == 0)
-        hint += " " + command.name.substr(args[0].size() + 1);
+        words += " " + command.name.substr(args[0].size() + 1);
+    if (words.empty()) break;
+    const std::string hint = std::string(group) + " commands:" + words;
     throw usage("Unknown command " + name, hint);
   }
   std::string hint = two.empty() ? "" : suggest(two, commandNames());
@@ -134,18 +137,21 @@ Outcome run(std::vector<std::string> args) {
   try {
     return runCommand(std::move(args), name, compact);
   } catch (const CliError& error) {
-    return {printed(failure(name, error.code, error.what(), error.hint), compact), error.exit};
+    return {printed(failure(name, error.code, error.message, error.hint), compact), error.exit};
   } catch (const std::exception& error) {
     return {printed(failure(name, "internal", error.what(), ""), compact), 1};
   }
 }
 
 int cliMain(int argc, char** argv) {
+  removeTemporaryFilesOnSignals();
   const Outcome outcome = run({argv + std::min(argc, 1), argv + argc});
-  std::fwrite(outcome.text.data(), 1, outcome.text.size(), stdout);
   // A full disk or a closed pipe must not pass for success.
-  if (std::fflush(stdout) != 0 && outcome.status == 0) return 1;
-  return outcome.status;
+  const bool written =
+      std::fwrite(outcome.text.data(), 1, outcome.text.size(), stdout) == outcome.text.size();
+  if (std::fflush(stdout) == 0 && written) return outcome.status;
+  std::fputs("quorel: the result could not be written to standard output\n", stderr);
+  return outcome.status ? outcome.status : 1;
 }
 
 }  // namespace synth::cli

@@ -11,10 +11,15 @@ int exitOf(const std::string& code);
 
 class CliError : public std::runtime_error {
  public:
-  CliError(std::string itsCode, const std::string& message, std::string itsHint = {})
-      : std::runtime_error(message), code(std::move(itsCode)), hint(std::move(itsHint)), exit(exitOf(code)) {}
+  CliError(std::string itsCode, const std::string& itsMessage, std::string itsHint = {})
+      : std::runtime_error(itsMessage),
+        code(std::move(itsCode)),
+        message(itsMessage),
+        hint(std::move(itsHint)),
+        exit(exitOf(code)) {}
 
-  std::string code, hint;
+  // `message` rather than what(), which would end at a zero byte.
+  std::string code, message, hint;
   int exit;
 };
 

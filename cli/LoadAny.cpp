@@ -2,8 +2,9 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
+
 #include "base/ReadFile.h"
-#include "base/Text.h"
 #include "cli/Error.h"
 #include "core/ProjectFile.h"
 #include "core/model/Validate.h"
@@ -21,9 +22,15 @@ void requireFile(const std::string& path) {
     throw CliError("not_found", "No such file: " + path, pathHint);
 }
 
-bool startsLikeJson(const std::string& bytes) {
-  const std::string_view text = text::trimmed(std::string_view(bytes).substr(0, 4096));
-  return !text.empty() && text[0] == '{';
+// Whether the first thing behind white space and comments opens an object.
+bool startsLikeJson(std::string_view bytes) {
+  for (;;) {
+    const size_t at = bytes.find_first_not_of(" \t\r\n\v\f");
+    if (at == bytes.npos) return false;
+    bytes.remove_prefix(at);
+    if (bytes.substr(0, 2) != "//") return bytes[0] == '{';
+    bytes.remove_prefix(std::min(bytes.find('\n'), bytes.size()));
+  }
 }
 
 bool isSpecPath(const std::string& path) {
@@ -41,7 +48,10 @@ std::string bytesOf(const std::string& path) {
 Json parseSpec(const std::string& text) {
   std::string error;
   Json spec = json::parse(text, error);
-  if (!error.empty()) throw CliError("invalid_spec", error, "`quorel schema` prints the spec format");
+  if (!error.empty())
+    throw CliError("invalid_spec", error,
+                   text.compare(0, 8, "SYNTHPRJ") == 0 ? "This is a project; a spec is JSON text"
+                                                       : "`quorel schema` prints the spec format");
   return spec;
 }
 
@@ -49,6 +59,13 @@ Json parseSpec(const std::string& text) {
   const bool version = error.compare(0, 19, "Unsupported project") == 0;
   throw CliError("invalid_project", "Cannot load " + path + ": " + error,
                  version ? "Projects must be format version " + std::to_string(projectFormatVersion) : "");
+}
+
+ProjectPtr projectIn(const std::string& path, const std::string& bytes) {
+  auto project = newProject();
+  std::string error;
+  if (!readProjectImage(bytes, *project, error)) cannotLoad(path, error);
+  return project;
 }
 
 void refuseApp(const std::string& path) {
@@ -61,11 +78,7 @@ void refuseApp(const std::string& path) {
 
 ProjectPtr loadProjectFile(const std::string& path) {
   refuseApp(path);
-  requireFile(path);
-  auto project = newProject();
-  std::string error;
-  if (!loadProject(path, *project, error)) cannotLoad(path, error);
-  return project;
+  return projectIn(path, bytesOf(path));
 }
 
 Json readSpec(const std::string& path) { return parseSpec(bytesOf(path)); }
@@ -78,7 +91,7 @@ ProjectPtr buildSpec(const Json& spec) {
       throw CliError("invalid_project", "The spec builds an invalid project: " + error);
     return project;
   } catch (const spec::SpecError& error) {
-    throw CliError(error.code(), error.what(), error.hint());
+    throw CliError(error.code(), error.message(), error.hint());
   }
 }
 
@@ -87,11 +100,7 @@ ProjectPtr loadAny(const std::string& path) {
   if (isSpecPath(path)) return buildSpec(readSpec(path));
   const std::string bytes = bytesOf(path);
   if (startsLikeJson(bytes)) return buildSpec(parseSpec(bytes));
-  if (bytes.size() > projectFileLimit) return loadProjectFile(path);
-  auto project = newProject();
-  std::string error;
-  if (!readProjectImage(bytes, *project, error)) cannotLoad(path, error);
-  return project;
+  return projectIn(path, bytes);
 }
 
 }  // namespace synth::cli

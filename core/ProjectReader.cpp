@@ -258,6 +258,8 @@ void readMacros(Reader& r, Project& p) {
 }
 
 std::string_view payloadOf(std::string_view image) {
+  // The wording is older than the limit and stays as users know it.
+  require(image.size() <= projectFileLimit, "Project exceeds 512 KiB limit");
   require(image.size() >= sizeof format::magic, "Truncated project");
   require(std::memcmp(image.data(), format::magic, sizeof format::magic) == 0, "Invalid project signature");
   Reader header(image.substr(sizeof format::magic));

@@ -108,7 +108,7 @@ bool renderSong(const Project& project, int loops, AudioSink& sink, std::string&
 bool renderSpan(const Project& project, u32 from, u32 to, int loops, AudioSink& sink, std::string& error,
                 double tailSeconds, const Progress& progress) {
   if (!checkProject(project, error)) return false;
-  checkAmounts(loops, from >= to, tailSeconds);
+  checkAmounts(loops, songEnd(project) == 0 || from >= to, tailSeconds);
   const u64 frames = u64(spanFrames(project, from, to) * loops), tailFrames = u64(tailSeconds * renderRate);
   Engine engine(renderRate);
   require(engine.submitProject(project), "Engine rejected export project");

@@ -114,13 +114,19 @@ int busLaneTarget(int bus, const std::string& name) {
 int freeLane(const Project& p, int owner) {
   for (int slot = 0; slot < limits::lanesPerOwner; slot++)
     if (!laneInUse(p.lanes[laneRow(owner, slot)])) return slot;
-  return 0;
+  return -1;
+}
+
+[[noreturn]] void noFreeLane(const std::string& owner, int rows) {
+  throw SpecError(owner + " has no free lane",
+                  "It holds " + std::to_string(rows) + "; name the one to replace with \"lane\"");
 }
 
 void readLane(Project& p, const Json& object, const std::string& where) {
   checkKeys(object, where, {"track", "bus", "lane", "target", "enabled", "points"});
   const Json *track = object.find("track"), *bus = object.find("bus");
-  if (!track == !bus) throw SpecError("A lane has \"track\" or \"bus\", not both, in " + where);
+  if (!track && !bus) throw SpecError(where + " needs \"track\" or \"bus\"");
+  if (track && bus) throw SpecError("A lane has \"track\" or \"bus\", not both, in " + where);
   int owner, busNumber = -1;
   if (track) {
     owner = integer(*track, whatOf("track", where), 0, limits::tracks - 1);
@@ -130,6 +136,9 @@ void readLane(Project& p, const Json& object, const std::string& where) {
     owner = busOwner(busNumber);
   }
   const int slot = integerAt(object, "lane", where, 0, limits::lanesPerOwner - 1, freeLane(p, owner));
+  if (slot < 0)
+    noFreeLane(track ? "Track " + std::to_string(owner) : std::string("Bus ") + busKey(busNumber),
+               limits::lanesPerOwner);
   const std::string* name = targetText(object, where);
   const int target = !name   ? -1
                      : track ? trackTarget(p.tracks[owner], *name)
@@ -140,8 +149,10 @@ void readLane(Project& p, const Json& object, const std::string& where) {
 void readMasterLane(Project& p, const Json& object, const std::string& where) {
   checkKeys(object, where, {"lane", "target", "enabled", "points"});
   int slot = 0;
-  while (slot + 1 < limits::masterLanes && laneInUse(p.lanes[masterLaneRow(slot)])) slot++;
+  while (slot < limits::masterLanes && laneInUse(p.lanes[masterLaneRow(slot)])) slot++;
+  if (slot == limits::masterLanes) slot = -1;
   slot = integerAt(object, "lane", where, 0, limits::masterLanes - 1, slot);
+  if (slot < 0) noFreeLane("The master", limits::masterLanes);
   const std::string* name = targetText(object, where);
   int target = -1;
   if (name) {
@@ -161,7 +172,8 @@ void readMasterLane(Project& p, const Json& object, const std::string& where) {
 template <class Read>
 void readEach(const Json& section, const char* name, Read read) {
   const Json::Items& items = list(section, "\"" + std::string(name) + "\" is an array");
-  for (size_t i = 0; i < items.size(); i++) read(items[i], placeOf(name, i));
+  for (size_t i = 0; i < items.size(); i++)
+    inPlace(placeOf(name, i), [&] { read(items[i], placeOf(name, i)); });
 }
 
 }  // namespace
@@ -210,8 +222,9 @@ void readMarkers(Project& p, const Json& section) {
     const Json* name = item.find("name");
     if (name && !name->isString()) throw SpecError("A marker name is a string");
     const std::string text = name ? name->string() : "";
-    if (text.size() > size_t(limits::shortName))
-      throw SpecError("A marker name is up to 12 characters: " + text);
+    if (text.size() > size_t(limits::shortName) || !isPlainText(text))
+      throw SpecError("A marker name is up to 12 characters, letters without accents, digits and signs: " +
+                      text);
     for (int i = 0; i < p.markerCount; i++)
       if (p.markers[i].step == u32(at)) throw SpecError("Two markers at Step " + std::to_string(at));
     if (!addMarker(p, u32(at), text)) throw SpecError("Too many markers", holds(limits::markers));

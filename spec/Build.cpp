@@ -31,14 +31,9 @@ void readLoop(Project& p, const Json& loop) {
 
 void readProject(Project& p, const Json& section) {
   requireObject(section, "project");
-  Json values = Json::object();
-  for (const Json::Member& member : section.members()) {
-    if (member.key == "loop")
-      readLoop(p, member.value);
-    else
-      values.add(member.key, member.value);
-  }
-  applyValues(p, values, param::ScopeProject, 0, 0, "project");
+  for (const Json::Member& member : section.members())
+    if (member.key == "loop") readLoop(p, member.value);
+  applyValues(p, section, param::ScopeProject, 0, 0, "project", "loop");
 }
 
 void readBuses(const Json& section) {

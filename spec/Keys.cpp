@@ -15,6 +15,10 @@ std::string whatOf(const char* key, const std::string& where) {
   return "\"" + std::string(key) + "\" in " + where;
 }
 
+bool isPlainText(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return c >= 32 && c <= 126; });
+}
+
 void requireObject(const Json& value, const std::string& where) {
   if (!value.isObject()) throw SpecError("Expected an object in " + where);
 }

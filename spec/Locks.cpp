@@ -80,7 +80,8 @@ u16 lockValue(const Track& track, int target, const std::string& name, const Jso
   }
   if (target >= ENGINE_1 && target <= ENGINE_4) throw SpecError("This target takes value01");
   const param::Info& info = *targetInfo(target);
-  if (!param::inRange(info, f32(v))) outOfRange(name, v, double(info.min), double(info.max));
+  if (!(std::fabs(v) < 1e30) || !param::inRange(info, f32(v)))
+    outOfRange(name, v, double(info.min), double(info.max));
   return bits(double(param::toNormalized(info, f32(v))));
 }
 

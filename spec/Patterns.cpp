@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/Text.h"
 #include "core/model/Notes.h"
 #include "core/model/Patterns.h"
 #include "spec/Locks.h"
@@ -36,10 +37,13 @@ struct Draft {
   }
 };
 
-void setPitch(Note& note, const Draft& draft, int pitch) {
-  if (draft.drums() && pitch >= limits::pads)
-    throw SpecError(Fault::OutOfRange, "Drum notes play pads 0..7; got " + std::to_string(pitch));
-  note.pitch = u8(pitch);
+// A pitch, or on Drums a Pad.
+int pitchOf(const Draft& draft, const Json& value, const std::string& what) {
+  if (!draft.drums()) return integer(value, what, 0, 127);
+  if (value.isNumber() && !(value.number() >= 0 && value.number() < limits::pads))
+    throw SpecError(Fault::OutOfRange,
+                    "Drum notes play pads 0..7; got " + text::number(value.number(), false));
+  return integer(value, what, 0, limits::pads - 1);
 }
 
 void setFlags(Note& note, int flags, int chance) {
@@ -58,11 +62,11 @@ void readNoteArray(Draft& draft, const Json::Items& items, const std::string& wh
   };
   Note note;
   const int step = item(0, "step", 0, limits::patternLength - 1, 0);
-  setPitch(note, draft, item(1, "pitch", 0, 127, 0));
+  note.pitch = u8(pitchOf(draft, items[1], whatOf("pitch", where)));
   note.velocity = u8(item(2, "velocity", 1, 127, defaultVelocity));
   note.length = u16(item(3, "length", 1, 65535, defaultLength));
   note.nudge = i8(item(4, "nudge", -64, 63, 0));
-  const int flags = item(5, "flags", 0, 255, 0);
+  const int flags = item(5, "flags", 0, 65535, 0);
   setFlags(note, flags, item(6, "chance", 1, 16, 16));
   draft.put(step, -1, note);
 }
@@ -75,7 +79,7 @@ int pitchOrPad(const Draft& draft, const Json& object, const std::string& where)
     throw SpecError(
         "\"pad\" is for notes on Drums tracks; track " + std::to_string(draft.track) + " is melodic",
         "Use \"pitch\" (MIDI note number)");
-  return integer(pad ? *pad : *pitch, whatOf(pad ? "pad" : "pitch", where), 0, 127);
+  return pitchOf(draft, pad ? *pad : *pitch, whatOf(pad ? "pad" : "pitch", where));
 }
 
 void readNoteLocks(Draft& draft, Note& note, int step, const Json& locks, const std::string& where) {
@@ -100,7 +104,7 @@ void readNoteObject(Draft& draft, const Json& object, const std::string& where) 
              "locks", "slot"});
   Note note;
   const int step = requiredInteger(object, "step", where, 0, limits::patternLength - 1);
-  setPitch(note, draft, pitchOrPad(draft, object, where));
+  note.pitch = u8(pitchOrPad(draft, object, where));
   note.velocity = u8(integerAt(object, "velocity", where, 1, 127, defaultVelocity));
   note.length = u16(integerAt(object, "length", where, 1, 65535, defaultLength));
   note.nudge = i8(integerAt(object, "nudge", where, -64, 63, 0));
@@ -174,16 +178,20 @@ int readPattern(Project& p, const Json& object, const std::string& where) {
     size_t n = 0;
     for (const Json& note : list(*notes, whatOf("notes", where) + " is an array of notes")) {
       const std::string place = placeOf(where + ".notes", n++);
-      if (note.isArray())
-        readNoteArray(draft, note.items(), place);
-      else
-        readNoteObject(draft, note, place);
+      inPlace(place, [&] {
+        if (note.isArray())
+          readNoteArray(draft, note.items(), place);
+        else
+          readNoteObject(draft, note, place);
+      });
     }
   }
   if (const Json* locks = object.find("locks")) {
     size_t n = 0;
-    for (const Json& lock : list(*locks, whatOf("locks", where) + " is an array of locks"))
-      readPatternLock(draft, lock, placeOf(where + ".locks", n++));
+    for (const Json& lock : list(*locks, whatOf("locks", where) + " is an array of locks")) {
+      const std::string place = placeOf(where + ".locks", n++);
+      inPlace(place, [&] { readPatternLock(draft, lock, place); });
+    }
   }
   if (!setSteps(p, draft.track, id, draft.steps.data(), int(draft.steps.size())))
     throw SpecError("Too many notes", "A Project holds " + std::to_string(limits::notes));
@@ -200,7 +208,7 @@ void linkFront(Project& p, const Json& object, const std::string& where, int id)
   if (row < 0 || frontId == id)
     throw SpecError("\"front\" in " + where + " names pattern " + std::to_string(frontId) +
                     ", which the track does not have");
-  if (p.patterns[row].isFront || p.patterns[row].frontId)
+  if (p.patterns[row].isFront || p.patterns[row].frontId || p.patterns[owner].isFront)
     throw SpecError("Pattern " + std::to_string(frontId) + " of track " + std::to_string(track) +
                     " is the front of one pattern and has none of its own");
   p.patterns[row].isFront = 1;
@@ -212,7 +220,8 @@ void linkFront(Project& p, const Json& object, const std::string& where, int id)
 void readPatterns(Project& p, const Json& section) {
   const Json::Items& items = list(section, "\"patterns\" is an array of patterns");
   std::vector<int> ids;
-  for (size_t i = 0; i < items.size(); i++) ids.push_back(readPattern(p, items[i], placeOf("patterns", i)));
+  for (size_t i = 0; i < items.size(); i++)
+    inPlace(placeOf("patterns", i), [&] { ids.push_back(readPattern(p, items[i], placeOf("patterns", i))); });
   for (size_t i = 0; i < items.size(); i++) linkFront(p, items[i], placeOf("patterns", i), ids[i]);
 }
 

@@ -19,7 +19,7 @@ enum class Fault {
 class SpecError : public std::runtime_error {
  public:
   SpecError(Fault fault, const std::string& message, std::string hint = {})
-      : std::runtime_error(message), fault_(fault), hint_(std::move(hint)) {}
+      : std::runtime_error(message), fault_(fault), message_(message), hint_(std::move(hint)) {}
   // A spec of the wrong shape, the most frequent mistake.
   explicit SpecError(const std::string& message, std::string hint = {})
       : SpecError(Fault::Shape, message, std::move(hint)) {}
@@ -31,11 +31,14 @@ class SpecError : public std::runtime_error {
                                      "out_of_range"};
     return codes[int(fault_)];
   }
+  // The text whole; what() would end at a zero byte.
+  const std::string& message() const { return message_; }
   const std::string& hint() const { return hint_; }
+  Fault fault() const { return fault_; }
 
  private:
   Fault fault_;
-  std::string hint_;
+  std::string message_, hint_;
 };
 
 }  // namespace synth::spec

@@ -4,7 +4,6 @@
 
 #include "base/Text.h"
 #include "core/Names.h"
-#include "core/edit/Workspace.h"
 #include "core/model/Defaults.h"
 #include "core/sounds/Macros.h"
 #include "spec/Values.h"
@@ -16,13 +15,14 @@ const param::Info& row(const char* key) { return *param::find(key); }
 
 void readTrackName(Track& track, const Json& name, const std::string& where) {
   if (!name.isString()) throw SpecError(whatOf("name", where) + " is a string");
-  if (name.string().size() > size_t(limits::shortName))
-    throw SpecError("A track name is up to 12 characters: " + name.string());
+  if (name.string().size() > size_t(limits::shortName) || !isPlainText(name.string()))
+    throw SpecError("A track name is up to 12 characters, letters without accents, digits and signs: " +
+                    name.string());
   setName(track.name, name.string());
 }
 
 void readPresetName(Track& track, const Json& name, const std::string& where) {
-  if (!name.isString() || name.string().size() > size_t(limits::presetName))
+  if (!name.isString() || name.string().size() > size_t(limits::presetName) || !isPlainText(name.string()))
     throw SpecError(whatOf("preset_name", where) + " is a string of up to 20 characters");
   setName(track.preset_name, name.string());
 }
@@ -43,19 +43,24 @@ bool setMacro(Track& track, const std::string& name, const Json& value) {
 
 void readParams(Project& p, int t, const Json& params, const std::string& where) {
   requireObject(params, where + ".params");
-  for (const Json::Member& member : params.members())
-    if (!setMacro(p.tracks[t], member.key, member.value))
-      applyValue(p, parameterOf(member.key, param::ScopeTrack), member.value, t, 0);
+  inPlace(where + ".params", [&] {
+    for (const Json::Member& member : params.members())
+      if (!setMacro(p.tracks[t], member.key, member.value))
+        applyValue(p, parameterOf(member.key, param::ScopeTrack), member.value, t, 0);
+  });
 }
 
 void refuseUnbuilt(const Json& object, const std::string& where) {
-  if (const Json* preset = object.find("preset"))
-    throw SpecError(Fault::UnknownPreset,
-                    "No Preset named " + (preset->isString() ? preset->string() : std::string("?")),
+  if (const Json* preset = object.find("preset")) {
+    if (!preset->isString()) throw SpecError(whatOf("preset", where) + " is a Preset's name");
+    throw SpecError(Fault::UnknownPreset, "No Preset named " + preset->string(),
                     "This version has no Presets yet: set the sound with engine_defaults and params");
-  for (const char* key : {"macros", "pins", "sample", "v5_slot"}) {
+  }
+  if (object.find("v5_slot")) throw SpecError("\"v5_slot\" needs \"base\": \"v5\"");
+  for (const char* key : {"macros", "pins", "sample"}) {
     const Json* value = object.find(key);
-    if (!value || value->isNull() || (value->isArray() && value->items().empty())) continue;
+    const bool none = value && std::string_view(key) == "macros" && value->isArray() && value->items().empty();
+    if (!value || value->isNull() || none) continue;
     throw SpecError("\"" + std::string(key) + "\" in " + where + " is not read by this version yet",
                     "Leave it out");
   }
@@ -71,11 +76,10 @@ void readTrack(Project& p, const Json& object, const std::string& where) {
   auto key = [&](const char* name, auto read) {
     if (const Json* value = object.find(name)) read(*value);
   };
+  // The kind's default sound; the Track keeps its name, so that none is left without one.
   key("kind", [&](const Json& v) {
-    const int kind = int(valueOf(row("track_kind"), v, p, t));
-    if (switchTrackKind(p, t, kind)) return;
     const std::string name(nameText(track.name));
-    track = defaultTrack(TrackKind(kind));
+    track = defaultTrack(TrackKind(int(valueOf(row("track_kind"), v, p, t))));
     setName(track.name, name);
   });
   key("name", [&](const Json& v) { readTrackName(track, v, where); });
@@ -106,12 +110,14 @@ void readPad(Project& p, const Json& object, const std::string& where) {
 
 void readTracks(Project& p, const Json& section) {
   const Json::Items& items = list(section, "\"tracks\" is an array of tracks");
-  for (size_t i = 0; i < items.size(); i++) readTrack(p, items[i], placeOf("tracks", i));
+  for (size_t i = 0; i < items.size(); i++)
+    inPlace(placeOf("tracks", i), [&] { readTrack(p, items[i], placeOf("tracks", i)); });
 }
 
 void readPads(Project& p, const Json& section) {
   const Json::Items& items = list(section, "\"pads\" is an array of pads");
-  for (size_t i = 0; i < items.size(); i++) readPad(p, items[i], placeOf("pads", i));
+  for (size_t i = 0; i < items.size(); i++)
+    inPlace(placeOf("pads", i), [&] { readPad(p, items[i], placeOf("pads", i)); });
 }
 
 }  // namespace synth::spec

@@ -6,7 +6,6 @@
 
 #include "base/Suggest.h"
 #include "base/Text.h"
-#include "core/edit/Workspace.h"
 #include "core/sounds/Macros.h"
 #include "core/sounds/SendPresets.h"
 
@@ -123,21 +122,17 @@ f32 valueOf(const param::Info& info, const Json& value, const Project& project, 
 
 void applyValue(Project& p, const param::Info& info, const Json& value, int track, int pad) {
   if (value.isString() && isSendPreset(info.key)) return loadSendPreset(p, info, value.string());
-  const f32 v = valueOf(info, value, p, track);
-  if (std::strcmp(info.key, "track_kind") == 0)
-    switchTrackKind(p, track, int(v));
-  else
-    info.set(v, p, track, pad);
+  info.set(valueOf(info, value, p, track), p, track, pad);
 }
 
 void applyValues(Project& p, const Json& object, param::Scope scope, int track, int pad,
-                 const std::string& where) {
+                 const std::string& where, std::string_view except) {
   requireObject(object, where);
   const int turns = scope == param::ScopeProject ? 3 : 1;
   for (int turn = 0; turn < turns; turn++)
     for (const Json::Member& member : object.members()) {
-      if (turns > 1 && turnOf(member.key) != turn) continue;
-      applyValue(p, parameterOf(member.key, scope), member.value, track, pad);
+      if (member.key == except || (turns > 1 && turnOf(member.key) != turn)) continue;
+      inPlace(where, [&] { applyValue(p, parameterOf(member.key, scope), member.value, track, pad); });
     }
 }
 

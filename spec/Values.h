@@ -13,11 +13,11 @@ std::string rangeHint(const param::Info& info);
 const param::Info& parameterOf(const std::string& key, param::Scope scope);
 // The value that the JSON states for the row, checked; labels match in any case.
 f32 valueOf(const param::Info& info, const Json& value, const Project& project, int track);
-// Reads a value and stores it. A label for a Send's preset loads that preset; a new kind of Track starts
-// from that kind's default sound.
+// Reads a value and stores it. A label for a Send's preset loads that preset.
 void applyValue(Project& project, const param::Info& info, const Json& value, int track, int pad);
-// All members of a `params` object in their order; in the project's, types and presets of the Sends first.
+// All members of a `params` object in their order but `except`; in the project's, types and presets of the
+// Sends first.
 void applyValues(Project& project, const Json& object, param::Scope scope, int track, int pad,
-                 const std::string& where);
+                 const std::string& where, std::string_view except = {});
 
 }  // namespace synth::spec

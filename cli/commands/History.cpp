@@ -30,7 +30,11 @@ Json history(const Args& args) {
   refuseApp(path);
   auto current = loadQuietly(path);
   Json rows = Json::array();
-  for (const std::string& snapshot : snapshotsOf(path)) {
+  const auto snapshots = snapshotsOf(path);
+  if (snapshots.empty() && !std::filesystem::is_regular_file(path))
+    throw CliError("not_found", "No such file: " + path,
+                   "Check the path; projects are .quorel files, specs .json");
+  for (const std::string& snapshot : snapshots) {
     auto old = loadQuietly(snapshot);
     Json changes;
     if (old && current) changes = spec::diffProjects(*old, *current).items().size();
@@ -56,11 +60,20 @@ std::string chosenSnapshot(const Args& args, const std::string& path) {
   return all.front();
 }
 
+ProjectPtr loadSnapshot(const std::string& snapshot) {
+  try {
+    return loadProjectFile(snapshot);
+  } catch (CliError& error) {
+    if (error.hint.empty()) error.hint = "Name another with --snapshot (quorel project history lists them)";
+    throw;
+  }
+}
+
 Json restore(const Args& args) {
   const std::string& path = args.positionals[0];
   refuseApp(path);
   const std::string snapshot = chosenSnapshot(args, path);
-  auto restored = loadProjectFile(snapshot);
+  auto restored = loadSnapshot(snapshot);
   auto current = loadQuietly(path);
   Json changes = current ? spec::diffProjects(*current, *restored) : Json::array();
   Json result = writeProject(*restored, {path, true, args.has("dry-run")});

@@ -1,3 +1,5 @@
+#include <cstring>
+
 #include "base/Suggest.h"
 #include "base/Text.h"
 #include "cli/Args.h"
@@ -7,6 +9,9 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Summary.h"
 #include "cli/write/WritePath.h"
+#include "core/Names.h"
+#include "core/ProjectFile.h"
+#include "core/edit/Workspace.h"
 #include "core/model/Validate.h"
 #include "core/sounds/Macros.h"
 #include "spec/Diff.h"
@@ -47,8 +52,10 @@ bool setMacro(Track& track, const std::string& name, const Json& value) {
   return true;
 }
 
-[[noreturn]] void unknownKey(const std::string& key) {
+[[noreturn]] void unknownKey(const Project& p, const Place& place, const std::string& key) {
   std::vector<std::string> keys;
+  for (int m = 0; place.track >= 0 && m < p.tracks[place.track].macroCount; m++)
+    keys.emplace_back(nameText(p.tracks[place.track].macros[m].name));
   for (const param::Info& info : param::all()) keys.push_back(info.key);
   const std::string hint = suggest(key, keys);
   throw CliError("unknown_parameter", "Unknown parameter " + key,
@@ -62,12 +69,24 @@ void assign(Project& p, const Place& place, const std::string& text) {
   const Json value = jsonOf(text.substr(equals + 1));
   if (place.track >= 0 && setMacro(p.tracks[place.track], key, value)) return;
   const param::Info* info = param::find(key);
-  if (!info) unknownKey(key);
-  if (info->scope != param::ScopeProject && place.track < 0)
-    throw usage(key + " is a " + param::scopeName(info->scope) + " parameter", "Name the track with --track");
+  if (!info) unknownKey(p, place, key);
   if (info->scope == param::ScopePad && place.pad < 0)
     throw usage(key + " is a pad parameter", "Name the Pad of a Drums track with --track and --pad");
+  if (info->scope == param::ScopeTrack && place.track < 0)
+    throw usage(key + " is a track parameter", "Name the track with --track");
+  if (std::strcmp(info->key, "track_kind") == 0) {
+    switchTrackKind(p, place.track, int(spec::valueOf(*info, value, p, place.track)));
+    return;
+  }
   spec::applyValue(p, *info, value, std::max(place.track, 0), std::max(place.pad, 0));
+}
+
+// What a dry run compares with: the destination as it stands, or the input.
+ProjectPtr standing(const Destination& destination, const Project& input) {
+  auto there = newProject();
+  std::string error;
+  if (destination.dryRun && loadProject(destination.path, *there, error)) return there;
+  return copyOf(input);
 }
 
 Json set(const Args& args) {
@@ -80,14 +99,14 @@ Json set(const Args& args) {
   try {
     for (size_t i = 1; i < args.positionals.size(); i++) assign(*project, place, args.positionals[i]);
   } catch (const spec::SpecError& error) {
-    throw CliError(error.code(), error.what(), error.hint());
+    throw CliError(error.code(), error.message(), error.hint());
   }
   std::string error;
   if (!validateProject(*project, error))
     throw CliError("invalid_project", "The change makes an invalid project: " + error);
   context().undoLabel = "SET " + args.positionals[1].substr(0, args.positionals[1].find('='));
   Json result = writeProject(*project, destination);
-  result.add("changes", spec::diffProjects(*before, *project));
+  result.add("changes", spec::diffProjects(*standing(destination, *before), *project));
   return result;
 }
 

@@ -98,9 +98,9 @@ Json listParams(const Args& args) {
   auto text = [&](const char* name) { return args.has(name) ? args.at(name) : std::string(); };
   const std::string scope = text("scope"), group = text("group"), key = text("key"),
                     applies = text("applies");
-  if (!scope.empty() && scope != "project" && scope != "track" && scope != "pad")
+  if (args.has("scope") && scope != "project" && scope != "track" && scope != "pad")
     throw usage("--scope is project, track or pad");
-  if (!applies.empty() && applies != "drums" && applies != "melodic")
+  if (args.has("applies") && applies != "drums" && applies != "melodic")
     throw usage("--applies is drums or melodic");
   if (args.has("group")) checkGroup(group);
   if (args.has("key") && !param::find(key)) {

@@ -73,7 +73,9 @@ AudioFormat formatOf(const Args& args, const std::string& path) {
   for (const AudioFormatInfo& row : audioFormats())
     if (extension == std::string(".") + row.extension) return row.format;
   if (extension == ".aif") return AudioFormat::Aiff;
-  return AudioFormat::Wav;
+  if (extension.empty()) return AudioFormat::Wav;
+  throw usage("No audio format is named " + extension.substr(1),
+              "Use .wav .aiff .flac .mp3 .m4a, or --format");
 }
 
 std::string defaultOut(const std::string& input, const Args& args) {
@@ -211,6 +213,25 @@ void makeFolder(const std::string& folder) {
   if (failed) throw CliError("write_failed", "Cannot create " + folder + ": " + failed.message());
 }
 
+// What can be known to fail is refused before anything is written.
+void requireSound(const Project& p, const Job& job) {
+  if (!canWrite(job.format))
+    throw CliError(
+        "render_failed",
+        std::string("Render failed: this version does not write ") + audioFormatInfo(job.format).label,
+        "Write a .wav file");
+  if (songEnd(p) == 0)
+    throw CliError("render_failed", "Render failed: Nothing to export: the Song has no Clips");
+  if (job.span.from >= songEnd(p))
+    throw CliError("out_of_range",
+                   "The range begins past the Song's end, at Step " + std::to_string(songEnd(p)));
+}
+
+void refuseOverInput(const std::string& input, const std::string& out) {
+  std::error_code none;
+  if (fs::equivalent(input, out, none)) throw usage("--out " + out + " is the project itself");
+}
+
 Json renderProject(const Args& args) {
   const std::string& input = args.positionals[0];
   auto project = loadAny(input);
@@ -220,6 +241,8 @@ Json renderProject(const Args& args) {
           numberOption(args, "tail", 2, 0, longestTail), formatOf(args, out)};
   std::vector<Stem> stems;
   if (args.has("stems")) stems = stemsOf(*project, args.at("stems"), job.format);
+  requireSound(*project, job);
+  if (!onlyStems) refuseOverInput(input, out);
   if (!onlyStems) refuseExisting(out, force);
   for (const Stem& stem : stems) refuseExisting(stem.path, force);
   if (args.has("stems")) makeFolder(args.at("stems"));

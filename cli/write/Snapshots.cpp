@@ -43,6 +43,10 @@ bool digits(std::string_view s) {
   return !s.empty() && std::all_of(s.begin(), s.end(), [](unsigned char c) { return std::isdigit(c); });
 }
 
+[[noreturn]] void cannotKeep(const std::string& path, const std::string& error) {
+  throw CliError("write_failed", "Cannot keep a snapshot of " + path + ": " + error);
+}
+
 struct Snapshot {
   std::string stamp;
   long number = 1;  // the place among those of one second
@@ -74,15 +78,21 @@ std::string keepSnapshot(const std::string& path) {
   fs::create_directories(place.folder, failed);
   if (failed)
     throw CliError("write_failed", "Cannot create " + place.folder.string() + ": " + failed.message());
-  const std::string base = place.stem + "-" + localTime();
-  fs::path target = place.folder / (base + extension);
-  for (int n = 2; fs::exists(target, failed); n++)
-    target = place.folder / (base + "-" + std::to_string(n) + extension);
   std::string bytes, error;
-  if (readFile(path, size_t(1) << 40, bytes, error) != ReadResult::Ok ||
-      !writeAtomically(target.string(), bytes, error))
-    throw CliError("write_failed", "Cannot keep a snapshot of " + path + ": " + error);
-  return target.string();
+  if (readFile(path, size_t(1) << 40, bytes, error) != ReadResult::Ok) cannotKeep(path, error);
+  const std::string base = place.stem + "-" + localTime();
+  for (int n = 1;; n++) {
+    const std::string number = n > 1 ? "-" + std::to_string(n) : "";
+    const fs::path target = place.folder / (base + number + extension);
+    if (fs::exists(target, failed)) continue;
+    // Another command may take the name in the meantime: then the next number.
+    AtomicFile file;
+    bool taken = false;
+    if (file.open(target.string(), error) && file.write(bytes.data(), bytes.size(), error) &&
+        file.commitNew(taken, error))
+      return target.string();
+    if (!taken) cannotKeep(path, error);
+  }
 }
 
 std::vector<std::string> snapshotsOf(const std::string& path) {

@@ -20,8 +20,9 @@ Destination destinationOf(const Args& args, const std::string& input) {
   const bool out = args.has("out"), inPlace = args.has("in-place"), dryRun = args.has("dry-run");
   if (out && inPlace) throw usage("Choose one of --out and --in-place");
   if (!out && !inPlace && !dryRun)
-    throw usage("Choose where to write: --out FILE, or --in-place to overwrite the input",
-                "--dry-run shows the change without writing");
+    throw usage(
+        "Choose where to write: --out FILE, or --in-place to change the project (in @app: one Undo step)",
+        "--dry-run shows the change without writing");
   return {out ? args.at("out") : input, inPlace || args.has("force"), dryRun};
 }
 
@@ -36,15 +37,21 @@ void refuseExisting(const std::string& path, bool force) {
 }
 
 void checkExists(const Destination& d) {
-  if (d.dryRun) return;
   if (d.path == appPath) {
-    if (!d.force)
+    if (!d.force && !d.dryRun)
       throw CliError("exists", "@app is the project open in Quorel",
                      "Pass --force to apply the spec to it (one Undo step in the app)");
     throw CliError("app_not_running", "Quorel is not running (this version does not reach the app yet)",
                    "Work on .quorel files directly");
   }
-  refuseExisting(d.path, d.force);
+  if (!d.dryRun) refuseExisting(d.path, d.force);
+}
+
+std::string restoreCommand(const std::string& path) {
+  const bool plain =
+      path.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._-/+:,@%=") ==
+      path.npos;
+  return "quorel project restore " + (plain ? path : "'" + path + "'");
 }
 
 Json writeProject(const Project& project, const Destination& d) {
@@ -56,7 +63,7 @@ Json writeProject(const Project& project, const Destination& d) {
   if (!saveProject(project, d.path, error))
     throw CliError("write_failed", "Cannot save " + d.path + ": " + error);
   result.add("wrote", d.path);
-  if (!snapshot.empty()) result.add("snapshot", snapshot).add("undo", "quorel project restore " + d.path);
+  if (!snapshot.empty()) result.add("snapshot", snapshot).add("undo", restoreCommand(d.path));
   return result;
 }
 

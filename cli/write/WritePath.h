@@ -24,6 +24,9 @@ bool fileExists(const std::string& path);
 void checkExists(const Destination& destination);
 void refuseExisting(const std::string& path, bool force);
 
+// The way back from a write, as a command line.
+std::string restoreCommand(const std::string& path);
+
 // Keeps a snapshot of what stands there and saves. The result's first members: wrote, and when a file was
 // replaced snapshot and undo; nothing on a dry run.
 Json writeProject(const Project& project, const Destination& destination);

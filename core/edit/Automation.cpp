@@ -9,6 +9,7 @@
 namespace synth::automation {
 
 bool setBreakpoints(Project& project, int lane, const double* times, const float* values, int count) {
+  if (count < 0) return false;
   std::vector<LanePoint> points;
   for (int i = 0; i < count; i++) {
     const double position = std::round(times[i] * 16);

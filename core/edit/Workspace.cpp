@@ -13,10 +13,22 @@ namespace synth {
 namespace {
 
 bool isDefaultName(std::string_view name) {
-  if (name.empty() || name.substr(0, 5) == "DRUMS") return true;
+  // A number behind it makes no difference: "DRUMS 2", "SYNTH A 2".
+  const size_t blank = name.rfind(' ');
+  const bool numbered = blank != name.npos && blank + 1 < name.size() &&
+                        name.find_first_not_of("0123456789", blank + 1) == name.npos;
+  if (numbered) name = name.substr(0, blank);
   for (int i = 0; i < limits::tracks; i++)
     if (name == starterTrackName(i)) return true;
-  return false;
+  return name.empty();
+}
+
+// "DRUMS", "DRUMS 2" ...; a melodic Track takes the first free of "SYNTH A" .. "SYNTH N".
+std::string freeDefaultName(const Project& p, int kind) {
+  if (kind == DRUMS) return freeTrackName(p, "DRUMS");
+  for (int i = 2; i < limits::tracks; i++)
+    if (freeTrackName(p, starterTrackName(i)) == starterTrackName(i)) return starterTrackName(i);
+  return freeTrackName(p, "SYNTH A");
 }
 
 void dropForeignLanes(Project& p, int track) {
@@ -39,7 +51,7 @@ bool switchTrackKind(Project& p, int track, int kind) {
   clearTrack(p, track, false);
   p.tracks[track] = defaultTrack(TrackKind(kind));
   if (isDefaultName(name))
-    setName(p.tracks[track].name, freeTrackName(p, kind == DRUMS ? "DRUMS" : "SYNTH A"));
+    setName(p.tracks[track].name, freeDefaultName(p, kind));
   else
     setName(p.tracks[track].name, name);
   dropForeignLanes(p, track);

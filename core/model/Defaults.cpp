@@ -1,6 +1,7 @@
 #include "core/model/Defaults.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "core/Names.h"
@@ -83,7 +84,7 @@ void assignSample(Track& track, const u8 (&hash)[32], std::string_view name, int
   std::memcpy(track.sample_hash, hash, sizeof hash);
   setName(track.sample_name, name);
   track.sample_root = u8(std::clamp(root, 0, 127));
-  track.sample_tune = std::clamp(tune, -100.0f, 100.0f);
+  track.sample_tune = std::isfinite(tune) ? std::clamp(tune, -100.0f, 100.0f) : 0;
 }
 
 void clearSample(Track& track) {
@@ -126,7 +127,7 @@ std::string freeTrackName(const Project& project, std::string_view wanted) {
     const std::string number = " " + std::to_string(n);
     std::string name = base.substr(0, limits::shortName - number.size());
     while (!name.empty() && name.back() == ' ') name.pop_back();
-    if (!used(name + number)) return name + number;
+    if (!used(name + number)) return name.empty() ? number.substr(1) : name + number;
   }
 }
 

@@ -25,7 +25,9 @@ f32 valueAround(const Project& p, int row, double time, bool pointCountsAsPast) 
 
 bool wellFormed(const LanePoint* points, int count) {
   for (int i = 0; i < count; i++) {
-    if (points[i].position > limits::lanePosition) return false;
+    const LanePoint& point = points[i];
+    if (point.position > limits::lanePosition || point.reserved || point.rest > 1 || (point.rest && point.value))
+      return false;
     if (i && points[i].position < points[i - 1].position) return false;
     if (i > 1 && points[i].position == points[i - 2].position) return false;
   }
@@ -65,10 +67,10 @@ f32 readLane(std::span<const LanePoint> points, size_t after, double position) {
   if (after == 0) return points[0].rest ? none : valueOf(points[0]);
   const LanePoint& from = points[after - 1];
   if (after == points.size()) return from.rest ? none : valueOf(from);
-  if (from.rest) return none;
   const LanePoint& to = points[after];
+  if (to.position == from.position) return to.rest ? none : valueOf(to);
+  if (from.rest) return none;
   if (to.rest) return valueOf(from);
-  if (to.position == from.position) return valueOf(to);
   const double share = (position - from.position) / (double(to.position) - from.position);
   return f32((from.value + (double(to.value) - from.value) * share) / 65535.0);
 }

@@ -35,6 +35,7 @@ bool sectionAt(const Project& p, u32 step, u32& start, u32& end) {
   auto next = std::partition_point(p.markers, last, [&](const MarkerRec& m) { return m.step <= step; });
   start = next == p.markers ? 0 : (next - 1)->step;
   end = next == last ? songEnd(p) : next->step;
+  end = std::max(end, start);
   return end > start;
 }
 

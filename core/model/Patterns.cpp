@@ -36,6 +36,12 @@ std::vector<NoteRec> shifted(std::span<const NoteRec> notes, int id, int shift, 
   return out;
 }
 
+// A Clip whose Pattern became shorter: its offset lies in the loop, and it repeats where it runs past it.
+void fitIntoLoop(const Project& p, ClipRec& clip, int offset) {
+  clip.offset = u16(offset % patternLength(p, clip.track, clip.pattern));
+  if (clipWraps(p, clip)) clip.repeats = 1;
+}
+
 void replaceNotes(Project& p, int track, int id, std::span<const NoteRec> fresh) {
   auto old = patternNotes(p, track, id);
   const size_t at = size_t(old.data() - p.notes);
@@ -148,12 +154,18 @@ bool parkFront(Project& p, int track, int id, int steps) {
   p.patterns[row].frontId = u16(frontId + 1);
   p.patterns[front].isFront = 1;
   p.patterns[front].length = u16(held + steps);
+  for (int i = 0; i < p.clipCount; i++) {
+    ClipRec& clip = p.clips[i];
+    if (clip.track == track && clip.pattern == id) fitIntoLoop(p, clip, std::max(clip.offset - steps, 0));
+  }
   return true;
 }
 
 bool unparkFront(Project& p, int track, int id, int steps) {
   const int row = patternIndex(p, track, id), front = frontOf(p, track, id);
-  if (row < 0 || steps < 1 || p.patterns[row].length + steps > limits::patternLength) return false;
+  if (row < 0 || p.patterns[row].isFront || steps < 1 ||
+      p.patterns[row].length + steps > limits::patternLength)
+    return false;
   const int frontId = front < 0 ? -1 : p.patterns[front].id;
   const int held = front < 0 ? 0 : p.patterns[front].length;
   const int from = std::max(held - steps, 0);
@@ -194,8 +206,7 @@ bool setPatternLengthKeepingPasses(Project& p, int track, int id, int length) {
     if (i + 1 < p.clipCount && p.clips[i + 1].track == track) limit = p.clips[i + 1].start;
     const u32 wanted = u32(std::max(1.0, std::round(passes * length)));
     clip.length = std::min(wanted, limit - clip.start);
-    clip.offset = u16(clip.offset % length);
-    if (clipWraps(p, clip)) clip.repeats = 1;
+    fitIntoLoop(p, clip, clip.offset % length);
   }
   return true;
 }

@@ -27,7 +27,8 @@ int clonePattern(Project& project, int track, int id);
 void removePattern(Project& project, int track, int id);
 
 // Moves the first `steps` Steps of a Pattern into its front, creating it if needed. The front keeps them
-// behind what it holds. False, changing nothing, when either would leave 1..1024 or there is no room.
+// behind what it holds. Clips keep their place and begin as much earlier in the loop; the board moves them.
+// False, changing nothing, when either would leave 1..1024 or there is no room.
 bool parkFront(Project& project, int track, int id, int steps);
 // Takes the last `steps` Steps of the front back; Steps that the front does not hold come as silence.
 bool unparkFront(Project& project, int track, int id, int steps);

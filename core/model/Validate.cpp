@@ -20,6 +20,8 @@ Concern concernOf(const param::Info& info) {
   if (info.scope == param::ScopePad) return Concern::Pad;
   const std::string_view group = info.group, key = info.key;
   if (key == "engine" || key == "track_kind" || key == "visual") return Concern::Identity;
+  // A Sample's root and tune belong to its reference.
+  if (key == "sample_root" || key == "sample_tune") return Concern::None;
   if (group == "ENGINE") return Concern::Engine;
   if (group == "VOICE" || group == "TIMBRE") return Concern::Articulation;
   return Concern::Track;
@@ -85,13 +87,30 @@ bool projectRowsHold(const Project& p, bool sends) {
   return true;
 }
 
+// Bytes that no field names: they would make Projects differ that mean the same.
+template <size_t N>
+bool zero(const u8 (&bytes)[N]) {
+  return std::all_of(bytes, bytes + N, [](u8 b) { return b == 0; });
+}
+
+bool reservedHolds(const SendFx& fx) {
+  return zero(fx.reserved0) && zero(fx.reserved1) && zero(fx.reserved2) && zero(fx.reserved3) &&
+         zero(fx.reserved4) && zero(fx.reserved5) && zero(fx.reserved6);
+}
+
+bool reservedHolds(const Track& t) {
+  return zero(t.reserved0) && zero(t.reserved1) && zero(t.reserved2) && zero(t.reserved3) && zero(t.reserved4) &&
+         zero(t.reserved5) && zero(t.reserved6) && zero(t.reserved7) && zero(t.reserved8) && zero(t.reserved9);
+}
+
 const char* projectFault(const Project& p) {
   auto within = [](f32 v, f32 lo, f32 hi) { return v >= lo && v <= hi; };
   if (!within(p.bpm, 40, 240) || !within(p.swing, 0.5f, 0.75f) || p.reserved0 || p.track_count < 1 ||
       p.track_count > limits::tracks)
     return "Invalid tempo or swing";
-  if (!projectRowsHold(p, false)) return "Invalid master or effects parameter";
-  if (!projectRowsHold(p, true)) return "Invalid Send effect";
+  if (!projectRowsHold(p, false) || !zero(p.reserved1) || !zero(p.reserved2))
+    return "Invalid master or effects parameter";
+  if (!projectRowsHold(p, true) || !reservedHolds(p.fx1) || !reservedHolds(p.fx2)) return "Invalid Send effect";
   if (!std::memchr(p.name, 0, sizeof p.name)) return "Project name must be terminated";
   if (!param::inRange(*param::find("key_root"), p.key_root) ||
       !param::inRange(*param::find("key_scale"), p.key_scale))
@@ -108,7 +127,7 @@ const char* trackFault(const Track& t) {
   if (!rowsHold(Concern::Engine, t)) return "Invalid Engine parameter";
   if (!cleanText(t.preset_name, limits::presetName)) return "Invalid Preset name";
   if (!rowsHold(Concern::Pad, t)) return "Invalid drum parameter";
-  if (!rowsHold(Concern::Track, t)) return "Invalid track parameter";
+  if (!rowsHold(Concern::Track, t) || !reservedHolds(t)) return "Invalid track parameter";
   if (!rowsHold(Concern::Articulation, t)) return "Invalid articulation or timbre envelope";
   if (strnlen(t.name, sizeof t.name) > limits::shortName) return "Track name too long";
   if (!cleanText(t.name, limits::shortName)) return "Invalid character in a name";

@@ -11,7 +11,8 @@
 namespace synth {
 
 std::string duckSourceName(const Project& project, int source) {
-  const int track = std::clamp(source, 0, 143) / 9, pad = source % 9;
+  source = std::clamp(source, 0, 143);
+  const int track = source / 9, pad = source % 9;
   std::string name(nameText(project.tracks[track].name));
   if (name.empty()) name = starterTrackName(track);
   return pad > 0 ? name + " PAD " + std::to_string(pad) : name;
@@ -23,6 +24,7 @@ bool duckSourceValid(const Project& project, int source) {
 }
 
 int stepDuckSource(const Project& project, int source, int direction) {
+  if (!direction) return source;
   for (int next = source + direction; next >= 0 && next <= 143; next += direction)
     if (duckSourceValid(project, next)) return next;
   return source;
@@ -56,7 +58,8 @@ std::string optionLabel(const Info& info, int index, const Project* project, int
 void format(const Info& info, f32 value, char* buffer, int size, const Project* project, int track) {
   if (!buffer || size < 1) return;
   const size_t n = size_t(size);
-  const double v = std::isfinite(value) ? double(value) : 0;
+  // Adding 0 makes a negative zero positive.
+  const double v = std::isfinite(value) ? double(value) + 0.0 : 0;
   const char* blank = info.unit[0] ? " " : "";
   auto print = [&](const char* pattern, auto... args) { std::snprintf(buffer, n, pattern, args...); };
   auto unitIs = [&](const char* unit) { return std::strcmp(info.unit, unit) == 0; };

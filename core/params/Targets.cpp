@@ -98,14 +98,17 @@ std::string targetName(int target) {
 }
 
 int targetOf(const param::Info& info) {
-  static const std::vector<i8>* const byIndex = [] {
-    auto index = new std::vector<i8>(size_t(param::count()), i8(-1));
-    for (int t = 0; t <= lastBusTarget; t++)
-      if (targetInfo(t)) (*index)[size_t(targetInfo(t) - &param::info(0))] = i8(u8(t));
+  static const std::vector<i16>* const byId = [] {
+    auto index = new std::vector<i16>;
+    for (int t = 0; t <= lastBusTarget; t++) {
+      if (!targetInfo(t)) continue;
+      const size_t id = targetInfo(t)->id;
+      if (index->size() <= id) index->resize(id + 1, -1);
+      (*index)[id] = i16(t);
+    }
     return index;
   }();
-  const i8 found = (*byIndex)[size_t(&info - &param::info(0))];
-  return found == -1 ? -1 : int(u8(found));
+  return info.id < byId->size() ? (*byId)[info.id] : -1;
 }
 
 int trackTargetNamed(std::string_view name) {
@@ -234,7 +237,8 @@ float targetBaseline(const Project& project, int track, int target) {
 
 float baseline(const Track& track, int index) {
   if (index < 0 || index > 3) return 0;
-  const float v = (&track.engine1)[index];
+  const float values[] = {track.engine1, track.engine2, track.engine3, track.engine4};
+  const float v = values[index];
   return std::isfinite(v) ? v : 0;
 }
 
