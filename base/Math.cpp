@@ -69,8 +69,10 @@ double exp2(double x) {
   if (!(x < 1024)) return x >= 1024 ? infinity : notANumber;
   if (x < -1022) return 0;
   const double n = nearest(x);
-  const double power = std::bit_cast<double>(std::uint64_t(std::int64_t(n) + 1023) << 52);
-  return expSmall((x - n) * ln2) * power;
+  // In two factors at the top: 2^1024 is no double although 2^1023.9 is.
+  const double last = n > 1023 ? 2 : 1;
+  const double power = std::bit_cast<double>(std::uint64_t(std::int64_t(n) + (n > 1023 ? 1022 : 1023)) << 52);
+  return expSmall((x - n) * ln2) * power * last;
 }
 
 double log2(double x) {
