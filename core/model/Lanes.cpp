@@ -26,7 +26,8 @@ f32 valueAround(const Project& p, int row, double time, bool pointCountsAsPast) 
 bool wellFormed(const LanePoint* points, int count) {
   for (int i = 0; i < count; i++) {
     const LanePoint& point = points[i];
-    if (point.position > limits::lanePosition || point.reserved || point.rest > 1 || (point.rest && point.value))
+    if (point.position > limits::lanePosition || point.reserved || point.rest > 1 ||
+        (point.rest && point.value))
       return false;
     if (i && points[i].position < points[i - 1].position) return false;
     if (i > 1 && points[i].position == points[i - 2].position) return false;

@@ -15,8 +15,9 @@ inline int busOwner(int bus) { return limits::tracks + bus; }
 bool laneInUse(const LaneRow& row);
 
 std::span<const LanePoint> lanePoints(const Project& project, int row);
-// Replaces a row's points, which must not lie in the Project itself. False, changing nothing, for a row that does not exist, positions that fall or
-// stand three times, positions past the Song, or more points than the pool holds.
+// Replaces a row's points, which must not lie in the Project itself. False, changing nothing, for a row that
+// does not exist, positions that fall or stand three times, positions past the Song, or more points than the
+// pool holds.
 bool setLanePoints(Project& project, int row, const LanePoint* points, int count);
 // Switches a row off and removes its target and points.
 void clearLane(Project& project, int row);

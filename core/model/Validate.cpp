@@ -93,14 +93,22 @@ bool zero(const u8 (&bytes)[N]) {
   return std::all_of(bytes, bytes + N, [](u8 b) { return b == 0; });
 }
 
+// A text that ends, and nothing behind its end.
+template <size_t N>
+bool terminated(const char (&text)[N]) {
+  const char* end = std::find(text, text + N, char(0));
+  return end != text + N && std::all_of(end, text + N, [](char c) { return c == 0; });
+}
+
 bool reservedHolds(const SendFx& fx) {
   return zero(fx.reserved0) && zero(fx.reserved1) && zero(fx.reserved2) && zero(fx.reserved3) &&
          zero(fx.reserved4) && zero(fx.reserved5) && zero(fx.reserved6);
 }
 
 bool reservedHolds(const Track& t) {
-  return zero(t.reserved0) && zero(t.reserved1) && zero(t.reserved2) && zero(t.reserved3) && zero(t.reserved4) &&
-         zero(t.reserved5) && zero(t.reserved6) && zero(t.reserved7) && zero(t.reserved8) && zero(t.reserved9);
+  return zero(t.reserved0) && zero(t.reserved1) && zero(t.reserved2) && zero(t.reserved3) &&
+         zero(t.reserved4) && zero(t.reserved5) && zero(t.reserved6) && zero(t.reserved7) &&
+         zero(t.reserved8) && zero(t.reserved9);
 }
 
 const char* projectFault(const Project& p) {
@@ -110,8 +118,9 @@ const char* projectFault(const Project& p) {
     return "Invalid tempo or swing";
   if (!projectRowsHold(p, false) || !zero(p.reserved1) || !zero(p.reserved2))
     return "Invalid master or effects parameter";
-  if (!projectRowsHold(p, true) || !reservedHolds(p.fx1) || !reservedHolds(p.fx2)) return "Invalid Send effect";
-  if (!std::memchr(p.name, 0, sizeof p.name)) return "Project name must be terminated";
+  if (!projectRowsHold(p, true) || !reservedHolds(p.fx1) || !reservedHolds(p.fx2))
+    return "Invalid Send effect";
+  if (!terminated(p.name)) return "Project name must be terminated";
   if (!param::inRange(*param::find("key_root"), p.key_root) ||
       !param::inRange(*param::find("key_scale"), p.key_scale))
     return "Invalid key";

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 
@@ -43,6 +44,13 @@ bool namesEngineControl(const Info& info, const char* label) {
          (keyIs(info, "lfo_target") || keyIs(info, "lfo2_target") || keyIs(info, "timbre_target"));
 }
 
+__attribute__((format(printf, 3, 4))) void print(char* buffer, int size, const char* pattern, ...) {
+  std::va_list arguments;
+  va_start(arguments, pattern);
+  std::vsnprintf(buffer, size_t(size), pattern, arguments);
+  va_end(arguments);
+}
+
 }  // namespace
 
 std::string optionLabel(const Info& info, int index, const Project* project, int track) {
@@ -57,53 +65,51 @@ std::string optionLabel(const Info& info, int index, const Project* project, int
 
 void format(const Info& info, f32 value, char* buffer, int size, const Project* project, int track) {
   if (!buffer || size < 1) return;
-  const size_t n = size_t(size);
   // Adding 0 makes a negative zero positive.
   const double v = std::isfinite(value) ? double(value) + 0.0 : 0;
   const char* blank = info.unit[0] ? " " : "";
-  auto print = [&](const char* pattern, auto... args) { std::snprintf(buffer, n, pattern, args...); };
   auto unitIs = [&](const char* unit) { return std::strcmp(info.unit, unit) == 0; };
 
   if (project && keyIs(info, "duck_source")) {
-    print("%s", duckSourceName(*project, int(std::lround(v))).c_str());
+    print(buffer, size, "%s", duckSourceName(*project, int(std::lround(v))).c_str());
   } else if (keyIs(info, "osc_b_shape")) {
     if (v < 0)
-      print("MIRROR A");
+      print(buffer, size, "MIRROR A");
     else
-      print("%.0f %%", v * 100);
+      print(buffer, size, "%.0f %%", v * 100);
   } else if (keyBegins(info, "master_eq_")) {
     const double x = std::round(v * 10) / 10;
     if (x == 0)
-      print("0.0 dB");
+      print(buffer, size, "0.0 dB");
     else
-      print("%+.1f dB", x);
+      print(buffer, size, "%+.1f dB", x);
   } else if (info.curve == Enumeration && info.options) {
     const int index = int(std::clamp(std::round(v), 0.0, double(info.optionCount - 1)));
-    print("%s", optionLabel(info, index, project, track).c_str());
+    print(buffer, size, "%s", optionLabel(info, index, project, track).c_str());
   } else if (unitIs("s")) {
     if (v < 1)
-      print("%.0f ms", v * 1000);
+      print(buffer, size, "%.0f ms", v * 1000);
     else
-      print("%.2f s", v);
+      print(buffer, size, "%.2f s", v);
   } else if (unitIs("×")) {
     if (std::fabs(v - 1) <= 1e-9)
-      print("1×");
+      print(buffer, size, "1×");
     else
-      print("%.2f×", std::round(std::clamp(v, 0.25, 4.0) * 100) / 100);
+      print(buffer, size, "%.2f×", std::round(std::clamp(v, 0.25, 4.0) * 100) / 100);
   } else if (unitIs("%")) {
-    print("%.0f %%", v * 100);
+    print(buffer, size, "%.0f %%", v * 100);
   } else if (unitIs("Hz")) {
     if (v >= 1000)
-      print("%.2f kHz", v / 1000);
+      print(buffer, size, "%.2f kHz", v / 1000);
     else
-      print("%.0f Hz", v);
+      print(buffer, size, "%.0f Hz", v);
   } else if (unitIs("note")) {
     const int note = int(std::clamp(std::round(v), 0.0, 127.0));
-    print("%s%d", options::keyRoot[note % 12 + 2], note / 12 - 1);
+    print(buffer, size, "%s%d", options::keyRoot[note % 12 + 2], note / 12 - 1);
   } else if (info.curve == Integer) {
-    print("%d%s%s", int(std::clamp(std::round(v), -1e9, 1e9)), blank, info.unit);
+    print(buffer, size, "%d%s%s", int(std::clamp(std::round(v), -1e9, 1e9)), blank, info.unit);
   } else {
-    print("%.2f%s%s", v, blank, info.unit);
+    print(buffer, size, "%.2f%s%s", v, blank, info.unit);
   }
 }
 

@@ -72,7 +72,8 @@ bool validMacro(const MacroRec& macro, std::string& error) {
   const std::string_view name = nameText(macro.name);
   MacroRec clean;
   setName(clean.name, name);
-  if (name.empty() || cleanName(name) != name || std::memcmp(clean.name, macro.name, sizeof clean.name) != 0) {
+  if (name.empty() || cleanName(name) != name ||
+      std::memcmp(clean.name, macro.name, sizeof clean.name) != 0) {
     error = "Invalid Macro name";
     return false;
   }
