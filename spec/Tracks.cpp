@@ -59,7 +59,8 @@ void refuseUnbuilt(const Json& object, const std::string& where) {
   if (object.find("v5_slot")) throw SpecError("\"v5_slot\" needs \"base\": \"v5\"");
   for (const char* key : {"macros", "pins", "sample"}) {
     const Json* value = object.find(key);
-    const bool none = value && std::string_view(key) == "macros" && value->isArray() && value->items().empty();
+    const bool none =
+        value && std::string_view(key) == "macros" && value->isArray() && value->items().empty();
     if (!value || value->isNull() || none) continue;
     throw SpecError("\"" + std::string(key) + "\" in " + where + " is not read by this version yet",
                     "Leave it out");

@@ -227,9 +227,17 @@ void requireSound(const Project& p, const Job& job) {
                    "The range begins past the Song's end, at Step " + std::to_string(songEnd(p)));
 }
 
-void refuseOverInput(const std::string& input, const std::string& out) {
+// The project itself is never written over, nor the mix by one of its stems, not even with --force.
+void refuseCollisions(const std::string& input, const std::string* mix, const std::vector<Stem>& stems) {
   std::error_code none;
-  if (fs::equivalent(input, out, none)) throw usage("--out " + out + " is the project itself");
+  auto same = [&](const std::string& a, const std::string& b) {
+    return fs::equivalent(a, b, none) || fs::weakly_canonical(a, none) == fs::weakly_canonical(b, none);
+  };
+  if (mix && same(input, *mix)) throw usage("--out " + *mix + " is the project itself");
+  for (const Stem& stem : stems) {
+    if (same(input, stem.path)) throw usage("The stem " + stem.path + " is the project itself");
+    if (mix && same(*mix, stem.path)) throw usage("The stem " + stem.path + " is the mix itself");
+  }
 }
 
 Json renderProject(const Args& args) {
@@ -242,7 +250,7 @@ Json renderProject(const Args& args) {
   std::vector<Stem> stems;
   if (args.has("stems")) stems = stemsOf(*project, args.at("stems"), job.format);
   requireSound(*project, job);
-  if (!onlyStems) refuseOverInput(input, out);
+  refuseCollisions(input, onlyStems ? nullptr : &out, stems);
   if (!onlyStems) refuseExisting(out, force);
   for (const Stem& stem : stems) refuseExisting(stem.path, force);
   if (args.has("stems")) makeFolder(args.at("stems"));

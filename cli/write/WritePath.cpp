@@ -51,7 +51,10 @@ std::string restoreCommand(const std::string& path) {
   const bool plain =
       path.find_first_not_of("abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789._-/+:,@%=") ==
       path.npos;
-  return "quorel project restore " + (plain ? path : "'" + path + "'");
+  if (plain && path[0] != '-') return "quorel project restore " + path;
+  std::string quoted = "'";
+  for (const char c : path) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return "quorel project restore " + quoted + "'";
 }
 
 Json writeProject(const Project& project, const Destination& d) {

@@ -61,7 +61,8 @@ void randomPins(Random& r, PinList& pins, bool ofTrack) {
   pins.custom = 1;
   pins.count = u8(r.below(6));
   for (int i = 0; i < pins.count; i++)
-    pins.ids[i] = ofTrack && r.chance(20) ? u16(limits::firstMacroPin + r.below(16)) : param::info(r.below(264)).id;
+    pins.ids[i] =
+        ofTrack && r.chance(20) ? u16(limits::firstMacroPin + r.below(16)) : param::info(r.below(264)).id;
 }
 
 Note randomNote(Random& r, const Track& track, bool plain) {
@@ -94,7 +95,8 @@ void randomPattern(Random& r, Project& p, int t, u32& at) {
     const int notes = r.chance(35) ? r.between(1, 3) : 0;
     for (int n = 0; n < notes; n++) {
       const Note note = randomNote(r, p.tracks[t], false);
-      const int slot = r.chance(85) ? step.freeSlot(isDrums(p.tracks[t]), note.pitch) : r.below(limits::slots);
+      const int slot =
+          r.chance(85) ? step.freeSlot(isDrums(p.tracks[t]), note.pitch) : r.below(limits::slots);
       if (slot >= 0) step.notes[slot] = note;
     }
   }
@@ -206,8 +208,8 @@ ProjectPtr randomSong(u32 seed) {
     Track& track = p.tracks[t];
     if (t > 0) setSynthKind(track, r.below(3));
     for (const param::Info& info : param::all())
-      if (info.scope == param::ScopeTrack && !info.mix && r.chance(35) && std::string_view(info.key) != "engine" &&
-          std::string_view(info.key) != "track_kind")
+      if (info.scope == param::ScopeTrack && !info.mix && r.chance(35) &&
+          std::string_view(info.key) != "engine" && std::string_view(info.key) != "track_kind")
         info.set(randomValue(r, info), track);
     track.voice_mode = u8(r.below(4));
     track.polyphony = u8(r.between(1, 8));

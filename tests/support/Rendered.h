@@ -26,7 +26,8 @@ double rms(const std::vector<float>& x, size_t from = 0, size_t to = ~size_t(0))
 double toDb(double amplitude);
 bool allFinite(const Audio& audio);
 // The amplitude of a sine of that frequency in x, by correlation over whole cycles (Goertzel).
-double sineLevel(const std::vector<float>& x, double hz, double rate, size_t from = 0, size_t to = ~size_t(0));
+double sineLevel(const std::vector<float>& x, double hz, double rate, size_t from = 0,
+                 size_t to = ~size_t(0));
 
 // A Project with one Track of a kind and no Notes, everything else silent.
 ProjectPtr oneTrack(int kind);

@@ -1,0 +1,120 @@
+// The program itself: which face its name picks, what goes to which stream, and how it ends.
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+#include "support/Cli.h"
+
+namespace synth::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Ran {
+  int status;
+  std::string out, err;
+};
+
+// Runs a line in a shell in a folder; `quorel` there is the program.
+Ran shell(const TempFolder& folder, const std::string& line) {
+  const std::string whole = "cd '" + folder.path() + "' && quorel() { '" QUOREL_BINARY "' \"$@\"; }; { " +
+                            line + "; } > '" + (folder / "out.txt") + "' 2> '" + (folder / "err.txt") + "'";
+  const int status = std::system(whole.c_str());
+  Ran ran{WIFEXITED(status) ? WEXITSTATUS(status) : -1, readAll(folder / "out.txt"),
+          readAll(folder / "err.txt")};
+  fs::remove(folder / "out.txt");
+  fs::remove(folder / "err.txt");
+  return ran;
+}
+
+TEST(Executable, ItsNamePicksTheFace) {
+  TempFolder folder;
+  const fs::path program = fs::canonical(QUOREL_BINARY);
+  for (const char* name : {"Quorel", "quorel-app", "quorel.exe", "xquorel"}) {
+    fs::create_symlink(program, folder / name);
+    const Ran ran = shell(folder, "./" + std::string(name) + " version");
+    EXPECT_EQ(ran.status, 1) << name;
+    EXPECT_EQ(ran.out, "") << name;
+    EXPECT_NE(ran.err.find("o application"), std::string::npos) << ran.err;
+  }
+  fs::create_symlink(program, folder / "quorel");
+  EXPECT_EQ(shell(folder, "./quorel version").out, quorel({"version"}).text);
+  EXPECT_EQ(shell(folder, "PATH=.; command quorel --version --compact").out,
+            quorel({"version", "--compact"}).text);
+}
+
+TEST(Executable, PrintsOneEnvelopeAndNothingElse) {
+  TempFolder folder;
+  writeAll(folder / "tune.json",
+           R"({"project": {"bpm": 240}, "patterns": [{"track": 1, "length": 1, "notes": [[0, 60, 100]]}],
+                                     "clips": [{"track": 1, "at": 0, "pattern": 0}]})");
+  const struct {
+    const char* line;
+    int status;
+  } cases[] = {
+      {"quorel", 0},
+      {"quorel --help", 0},
+      {"quorel project new song.quorel", 0},
+      {"quorel project new song.quorel", 4},
+      {"quorel project set song.quorel bpm=90 --in-place", 0},
+      {"quorel project history song.quorel", 0},
+      {"quorel project restore song.quorel", 0},
+      {"quorel render tune.json --tail 0", 0},
+      {"quorel render tune.json --tail 13", 2},
+      {"quorel project validate none.json", 4},
+      {"quorel params --key none", 3},
+      {"quorel nonsense", 2},
+  };
+  for (const auto& c : cases) {
+    const Ran ran = shell(folder, c.line);
+    EXPECT_EQ(ran.status, c.status) << c.line;
+    EXPECT_EQ(ran.err, "") << c.line;
+    EXPECT_FALSE(ran.out.ends_with("\n\n")) << c.line;
+    EXPECT_TRUE(ran.out.ends_with("\n")) << c.line;
+    if (ran.out[0] == '{') {
+      EXPECT_EQ(valueAt(parsed(ran.out), "ok").boolean(), c.status == 0) << c.line;
+    }
+  }
+  EXPECT_TRUE(fs::exists(folder / ".quorel-history"));
+  EXPECT_TRUE(fs::exists(folder / "tune.wav"));
+}
+
+TEST(Executable, OutputThatCannotBeWrittenIsNoSuccess) {
+  TempFolder folder;
+  ASSERT_GT(quorel({"commands"}).text.size(), 8192u);
+  for (const char* line : {"quorel version > /dev/full", "quorel commands > /dev/full",
+                           "quorel params > /dev/full", "quorel > /dev/full", "quorel version >&-"})
+    EXPECT_EQ(shell(folder, line).status, 1) << line;
+  EXPECT_EQ(shell(folder, "quorel nonsense > /dev/full").status, 2);
+}
+
+TEST(Executable, AnInterruptedRenderLeavesNothingBehind) {
+  TempFolder folder;
+  writeAll(folder / "long.json", R"({"patterns": [{"track": 1, "notes": [[0, 60, 100]]}],
+                                     "clips": [{"track": 1, "at": 0, "pattern": 0, "length": 60000}]})");
+  for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    const std::string input = folder / "long.json";
+    const char* words[] = {"quorel", "render", input.c_str(), nullptr};
+    posix_spawn_file_actions_t quiet;
+    posix_spawn_file_actions_init(&quiet);
+    posix_spawn_file_actions_addopen(&quiet, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    pid_t child = -1;
+    ASSERT_EQ(posix_spawn(&child, QUOREL_BINARY, &quiet, nullptr, const_cast<char**>(words), environ), 0);
+    posix_spawn_file_actions_destroy(&quiet);
+    auto writing = [&] { return contentsOf(folder.path()).size() > 1; };
+    for (int i = 0; i < 1000 && !writing(); i++) ::usleep(5000);
+    EXPECT_TRUE(writing());
+    ::kill(child, signal);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
+    EXPECT_FALSE(writing()) << contentsOf(folder.path()).rbegin()->first;
+  }
+}
+
+}  // namespace
+}  // namespace synth::test

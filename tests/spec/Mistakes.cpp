@@ -1,0 +1,233 @@
+// Mistakes in a spec's sections and values: what is said, under which code, with which hint.
+#include "core/params/Registry.h"
+#include "support/Cli.h"
+#include "support/RandomProject.h"
+
+namespace synth::test {
+namespace {
+
+// The params of one melodic Track, so that a case shows only what is wrong.
+std::string withParams(const std::string& params) {
+  return R"({"tracks": [{"index": 2, "params": {)" + params + "}}]}";
+}
+
+TEST(SpecMistakes, TopLevel) {
+  expectMistakes("invalid_spec", "", "",
+                 {{"[]", "Expected an object in the spec"},
+                  {"7", "Expected an object in the spec"},
+                  {R"({"base": "v4"})", "Unknown base (only \"v5\")"},
+                  {R"({"base": 5})", "Unknown base (only \"v5\")"},
+                  {R"({"name": 5})", "\"name\" is a string of up to 63 bytes"},
+                  {R"({"name": "0123456789012345678901234567890123456789012345678901234567890123"})",
+                   "\"name\" is a string of up to 63 bytes"},
+                  {R"({"name": "A\u0000B"})", "\"name\" is a string of up to 63 bytes"},
+                  {R"({"project": []})", "Expected an object in project"}});
+  expectMistakes("unknown_key", "", "",
+                 {{R"({"tempo": 120})", "Unknown key 'tempo' in the spec",
+                   "Keys: base, name, project, tracks, pads, patterns, clips, lanes, master, markers, buses, "
+                   "clip_offset"},
+                  {R"({"traks": []})", "Unknown key 'traks' in the spec", "Did you mean: tracks?"},
+                  {R"({"Name": "A"})", "Unknown key 'Name' in the spec", "Did you mean: name"}});
+  EXPECT_EQ(
+      verdictOn(
+          parsed(
+              R"({"name": "012345678901234567890123456789012345678901234567890123456789012", "clip_offset": {}})"))
+          .message,
+      "");
+}
+
+TEST(SpecMistakes, KeysOfTheRegistry) {
+  expectMistakes(
+      "unknown_parameter", "", "",
+      {{R"({"project": {"tempo": 120}})", "Unknown project parameter tempo",
+        "List them with: quorel params --scope project"},
+       {R"({"project": {"Bpm": 120}})", "Unknown project parameter Bpm", "Did you mean: bpm"},
+       {R"({"tracks": [{"index": 1, "params": {"cutof": 900}}]})", "Unknown track parameter cutof",
+        "Did you mean: cutoff"},
+       {R"({"pads": [{"index": 0, "params": {"pad_tonee": 1}}]})", "Unknown pad parameter pad_tonee",
+        "Did you mean: pad_tone"},
+       {R"({"project": {"cutoff": 900}})",
+        "Parameter cutoff is a track parameter, used in the tracks section",
+        "Put it in a \"tracks\" entry's \"params\""},
+       {R"({"project": {"pad_tone": 0.5}})",
+        "Parameter pad_tone is a pad parameter, used in the pads section", "Put it in a \"pads\" entry"},
+       {R"({"tracks": [{"index": 1, "params": {"bpm": 100}}]})",
+        "Parameter bpm is a project parameter, used in the project section", "Put it in \"project\""},
+       {R"({"pads": [{"index": 0, "params": {"bpm": 100}}]})",
+        "Parameter bpm is a project parameter, used in the project section", "Put it in \"project\""}});
+  EXPECT_EQ(verdictOn(parsed(withParams("\"SWELL\": 0.5"))).code, "unknown_parameter");
+}
+
+TEST(SpecMistakes, Values) {
+  expectMistakes("unknown_option", R"({"tracks": [{"index": 2, "params": {)", "}}]}",
+                 {{R"("filter_type": "lopass")", "Unknown option 'lopass' for filter_type",
+                   "Options: LOWPASS, LADDER, HIGHPASS, BANDPASS, NOTCH"},
+                  {R"("voice_mode": "?")", "Unknown option '?' for voice_mode",
+                   "Options: POLY, RETRIGGER, LEGATO, POLY LEGATO"}});
+  expectMistakes("invalid_spec", R"({"tracks": [{"index": 2, "params": {)", "}}]}",
+                 {{R"("cutoff": "900")", "cutoff takes a number, not \"900\"", "Range 20..20000 Hz"},
+                  {R"("polyphony": "all")", "polyphony takes a number, not \"all\"", "Range 1..8"},
+                  {R"("cutoff": true)", "Expected a number or option for cutoff"},
+                  {R"("cutoff": null)", "Expected a number or option for cutoff"},
+                  {R"("filter_type": [1])", "Expected a number or option for filter_type"}});
+  expectMistakes("out_of_range", R"({"tracks": [{"index": 2, "params": {)", "}}]}",
+                 {{R"("cutoff": 19.9)", "Out of range: cutoff=19.9", "Range 20..20000 Hz"},
+                  {R"("cutoff": 20000.5)", "Out of range: cutoff=20000.5", "Range 20..20000 Hz"},
+                  {R"("cutoff": 1e300)", "Out of range: cutoff=1e+300", "Range 20..20000 Hz"},
+                  {R"("cutoff": -1e300)", "Out of range: cutoff=-1e+300", "Range 20..20000 Hz"},
+                  {R"("polyphony": 2.5)", "Out of range: polyphony=2.5", "Range 1..8, integer"},
+                  {R"("transpose": -49)", "Out of range: transpose=-49", "Range -48..48 st, integer"},
+                  {R"("engine": 11)", "Out of range: engine=11", "Range 0..10, integer"},
+                  {R"("filter_type": -1)", "Out of range: filter_type=-1", "Range 0..4, integer"},
+                  {R"("mod_feedback": 0.951)", "Out of range: mod_feedback=0.951", "Range -0.95..0.95"}});
+  // The bound itself is a 32-bit float: its decimal text is in range.
+  EXPECT_EQ(verdictOn(parsed(withParams(R"("mod_feedback": 0.95)"))).message, "");
+}
+
+TEST(SpecMistakes, SendPresets) {
+  expectMistakes("unknown_option", "", "",
+                 {{R"({"project": {"fx1_type": "HALL", "fx1_delay_preset": "DUB"}})",
+                   "fx1_delay_preset names no HALL preset: DUB", "Set fx1_type first"},
+                  {R"({"project": {"fx1_delay_preset": "DUBB"}})",
+                   "fx1_delay_preset names no DELAY preset: DUBB", "Did you mean: DUB"},
+                  {R"({"project": {"fx2_type": "OFF", "fx2_hall_preset": "DUB"}})",
+                   "fx2_hall_preset names no OFF preset: DUB", "Set fx2_type first"}});
+  expectMistakes("out_of_range", "", "",
+                 {{R"({"project": {"fx1_delay_preset": 8}})", "Out of range: fx1_delay_preset=8",
+                   "Range 0..7, integer"}});
+}
+
+TEST(SpecMistakes, TracksAndPads) {
+  expectMistakes(
+      "invalid_spec", "", "",
+      {{R"({"tracks": [3]})", "Expected an object in tracks[0]"},
+       {R"({"tracks": [{}]})", "tracks[0] needs \"index\""},
+       {R"({"tracks": [{"index": 1}, {"index": "1"}]})", "\"index\" in tracks[1] must be a number"},
+       {R"({"tracks": [{"index": 1, "params": []}]})", "Expected an object in tracks[0].params"},
+       {R"({"pads": [{"track": 0}]})", "pads[0] needs \"index\""},
+       {R"({"pads": [{"index": 0, "track": 1}]})", "Pads need a Drums track",
+        R"(Give the pad a "track", or make one {"index": n, "kind": "DRUMS"})"},
+       {R"({"tracks": [{"index": 0, "kind": "MELODIC"}], "pads": [{"index": 0}]})", "Pads need a Drums track",
+        R"(Give the pad a "track", or make one {"index": n, "kind": "DRUMS"})"}});
+  expectMistakes(
+      "out_of_range", "", "",
+      {{R"({"tracks": [{"index": 16}]})", "\"index\" in tracks[0] must be an integer 0..15, got 16"},
+       {R"({"tracks": [{"index": -1}]})", "\"index\" in tracks[0] must be an integer 0..15, got -1"},
+       {R"({"tracks": [{"index": 1.5}]})", "\"index\" in tracks[0] must be an integer 0..15, got 1.5"},
+       {R"({"tracks": [{"index": 1, "kind": 2}]})", "Out of range: track_kind=2", "Range 0..1"},
+       {R"({"tracks": [{"index": 1, "origin": 256}]})",
+        "\"origin\" in tracks[0] must be an integer 0..255, got 256"},
+       {R"({"pads": [{"index": 8}]})", "\"index\" in pads[0] must be an integer 0..7, got 8"}});
+  expectMistakes("unknown_key", "", "",
+                 {{R"({"tracks": [{"index": 1, "volume": 1}]})", "Unknown key 'volume' in tracks[0]"},
+                  {R"({"pads": [{"index": 0, "pad_tone": 0.5}]})", "Unknown key 'pad_tone' in pads[0]",
+                   "Keys: index, track, params"}});
+  expectMistakes("unknown_option", "", "",
+                 {{R"({"tracks": [{"index": 1, "kind": "PIANO"}]})", "Unknown option 'PIANO' for track_kind",
+                   "Options: "},
+                  {R"({"tracks": [{"index": 1, "engine_defaults": "ANALOGUE"}]})",
+                   "Unknown option 'ANALOGUE' for engine", "Options: ANALOG, "}});
+  for (const char* name : {"\"THIRTEEN CHRS\"", "\"H\\u00e9\"", "5", "null"})
+    EXPECT_EQ(verdictOn(parsed(R"({"tracks": [{"index": 1, "name": )" + std::string(name) + "}]}")).code,
+              "invalid_spec")
+        << name;
+}
+
+TEST(SpecMistakes, PlacesStandAtTheEndOfTheHint) {
+  struct Case {
+    const char *spec, *end;
+  };
+  constexpr Case cases[] = {
+      {R"({"tracks": [{"index": 1}, {"index": 2, "params": {"cutoff": 1}}]})", " (in tracks[1].params)"},
+      {R"({"tracks": [{"index": 1, "params": {"filter_type": "X"}}]})", " (in tracks[0].params)"},
+      {R"({"pads": [{"index": 0}, {"index": 1, "params": {"pad_tone": 2}}]})", " (in pads[1].params)"},
+      {R"({"patterns": [{"track": 1, "notes": [[0, 60, 90], [1, 60]]}]})", " (in patterns[0].notes[1])"},
+      {R"({"patterns": [{"track": 1}, {"track": 1, "notes": [{"step": 0, "pad": 1}]}]})",
+       " (in patterns[1].notes[0])"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.spec);
+    const std::string hint = verdictOn(parsed(c.spec)).hint;
+    EXPECT_TRUE(hint.ends_with(c.end)) << hint;
+    EXPECT_EQ(hint.find("(in "), hint.rfind("(in ")) << hint;
+  }
+}
+
+TEST(SpecMistakes, WhatIsNotReadYetIsRefusedAndItsEmptyFormsAreNot) {
+  for (const char* key : {R"("macros": [{"name": "SWELL"}])", R"("pins": [])", R"("pins": ["cutoff"])",
+                          R"("pins": 3)", R"("macros": 3)", R"("macros": {})", R"("sample": 3)",
+                          R"("sample": {})", R"("v5_slot": 3)", R"("preset": "GLASS")", R"("preset": 3)"}) {
+    const Verdict verdict = verdictOn(parsed(R"({"tracks": [{"index": 1, )" + std::string(key) + "}]}"));
+    EXPECT_NE(verdict.message, "") << key;
+  }
+  for (const char* spec :
+       {R"({"buses": [{"bus": "I", "pins": []}]})", R"({"buses": {}})", R"({"base": "v5"})"})
+    EXPECT_EQ(verdictOn(parsed(spec)).code, "invalid_spec") << spec;
+  EXPECT_EQ(
+      verdictOn(
+          parsed(R"({"buses": [], "tracks": [{"index": 1, "macros": [], "pins": null, "sample": null}]})"))
+          .message,
+      "");
+}
+
+// The Nth value inside a JSON value, counting from the outside.
+Json* nodeOf(Json& json, int& n) {
+  if (n-- == 0) return &json;
+  if (json.isArray())
+    for (Json& item : json.items())
+      if (Json* found = nodeOf(item, n)) return found;
+  if (json.isObject())
+    for (Json::Member& member : json.members())
+      if (Json* found = nodeOf(member.value, n)) return found;
+  return nullptr;
+}
+
+TEST(SpecMistakes, AnyValueInAnyPlaceBuildsAValidProjectOrIsRefused) {
+  const Json whole = parsed(R"({
+    "name": "A", "clip_offset": 0, "buses": [], "project": {"bpm": 100, "fx1_type": "DELAY", "loop": [0, 8]},
+    "tracks": [{"index": 1, "kind": "MELODIC", "name": "B", "origin": 2, "engine_defaults": "FM", "params": {"cutoff": 9e2},
+                "preset_name": "C", "macros": [], "pins": null, "sample": null}],
+    "pads": [{"index": 1, "track": 0, "params": {"pad_tone": 0.5}}],
+    "patterns": [{"track": 1, "id": 3, "length": 8, "front": 5, "notes": [[0, 60, 100, 192, 0, 3, 9], {"step": 1, "pitch": 60,
+                  "slide": true, "ratchet": 2, "chance": 3, "slot": 1, "locks": [{"target": "CUTOFF", "value": 300}]}],
+                  "locks": [[0, "PAN", 0.5], {"step": 1, "target": "LEVEL", "value01": 1, "pitch": 60}]}, {"track": 1, "id": 5}],
+    "clips": [{"track": 1, "at": 4, "pattern": 3, "length": 9, "offset": 1, "repeats": true}],
+    "lanes": [{"track": 1, "lane": 2, "target": "CUTOFF", "enabled": false, "points": [[0, 0.5], [3.25, null]]},
+              {"bus": "I", "target": "RETURN", "points": []}],
+    "master": [{"lane": 1, "target": "LOWPASS", "points": [[0, 1]]}], "markers": [{"at": 4, "name": "Drop"}]})");
+  ASSERT_EQ(verdictOn(whole).message, "");
+  const Json values[] = {Json(),
+                         Json(true),
+                         Json(0),
+                         Json(-1),
+                         Json(7.5),
+                         Json(1e300),
+                         Json(65536),
+                         Json(""),
+                         Json("CUTOFF"),
+                         Json("\x01\xC3\xA9"),
+                         Json::array(),
+                         Json::object(),
+                         parsed("[[0, 0]]"),
+                         parsed("[null]"),
+                         parsed("[{}]")};
+  int places = 0;
+  for (;; places++) {
+    for (const Json& value : values) {
+      Json spec = whole;
+      int n = places;
+      Json* node = nodeOf(spec, n);
+      if (!node) break;
+      *node = value;
+      const Verdict verdict = verdictOn(spec);  // anything but a refusal ends the test
+      EXPECT_TRUE(verdict.message.empty() || !verdict.code.empty()) << json::compact(spec);
+    }
+    Json spec = whole;
+    int n = places;
+    if (!nodeOf(spec, n)) break;
+  }
+  EXPECT_GT(places, 100);
+}
+
+}  // namespace
+}  // namespace synth::test
