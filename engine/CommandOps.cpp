@@ -63,6 +63,7 @@ void takeProject(EngineCore& core, u32 slot) {
   if (!validMarker(core, tr.heldMarker)) tr.heldMarker = -1;
   if (!validMarker(core, tr.pendingMarker)) tr.pendingMarker = -1;
   core.nextEvent = 0;
+  core.auditionWait = 0;
 }
 
 void touchBus(EngineCore& core, int target, bool on, float value) {
@@ -150,7 +151,7 @@ bool drainCommands(EngineCore& core) {
   EngineCommand command;
   for (int i = 0; i < 256 && core.commands.pop(command); i++) {
     // Events that start voices read the values as they stand.
-    prepareTracks(core);
+    evaluateNow(core);
     execute(core, command, flags != 0);
     any = true;
   }

@@ -76,7 +76,7 @@ void startHit(EngineCore& core, int t, const Note& note, bool live, double gateE
 }
 
 void renderHit(Voice& v, dsp::Block& mid, dsp::Block& side, int n) {
-  int done = 0;
+  int done = 0, lives = 0;
   while (done < n) {
     int part = n - done;
     if (v.hitGateLeft >= 0) {
@@ -88,12 +88,12 @@ void renderHit(Voice& v, dsp::Block& mid, dsp::Block& side, int n) {
         v.hitGateLeft -= part;
       }
     }
-    v.hit.render(mid.v + done, part, 1);
+    lives += v.hit.render(mid.v + done, part, 1);
     done += part;
   }
   const float gain = v.hitLevel * v.velocity * padLevel;
   const float pan = v.hitPan * -0.85f;
-  for (int i = 0; i < n; i++) {
+  for (int i = 0; i < lives; i++) {
     float x = mid[i] * gain;
     if (v.hitHigh) {
       const dsp::SvfOut o = v.svfState[0].run(v.hitFilter[0], x);
@@ -101,8 +101,9 @@ void renderHit(Voice& v, dsp::Block& mid, dsp::Block& side, int n) {
     }
     if (v.hitLow) x = v.svfState[1].run(v.hitFilter[1], x).low;
     mid[i] = x;
-    side[i] = pan * x;
   }
+  v.hit.fade(mid.v, lives);
+  for (int i = 0; i < n; i++) side[i] = pan * mid[i];
   v.amp = v.hit.level();
   if (v.hit.done()) v.active = false;
 }

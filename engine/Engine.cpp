@@ -37,6 +37,7 @@ void forget(T (&values)[N]) {
 }  // namespace
 
 EngineCore::EngineCore(double sampleRate) : rates(ratesFor(usableRate(sampleRate))), sine(dsp::sineTable()) {
+  automation::targetInfo(0);  // the tables are built here, not on the audio thread
   for (auto& row : overrides.macro) forget(row);
   for (auto& row : overrides.touch) forget(row);
   for (auto& row : overrides.lock) forget(row);

@@ -219,7 +219,8 @@ struct EngineCore {
   Prepared prepared[limits::tracks];
   float busValue[automation::busTargets] = {};
   bool busDirty = true;
-  bool anyLocks = false;  // whether any Note of the Project has Locks
+  bool commandsRan = false;  // since the last segment: what follows the grid is brought up to date at once
+  bool anyLocks = false;     // whether any Note of the Project has Locks
   double lfoOffset[limits::tracks][2] = {};
 
   Voice voices[voiceCount];

@@ -80,6 +80,7 @@ void advanceOffsets(EngineCore& core, int n) {
       if (!moving && now.value[s.target] == s.rate) continue;
       for (int i = 0; i < n; i++) {
         const double rate = moving ? double((*now.lane[s.target])[i]) : double(now.value[s.target]);
+        if (rate == double(s.rate)) continue;
         core.lfoOffset[t][which] += (rate - stored) / core.rates.rate;
       }
     }

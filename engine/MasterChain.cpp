@@ -16,14 +16,14 @@ constexpr float masterSlew = 0.003f, masterGain = 1.25f, quietLevel = 1e-7f;
 constexpr u32 ringMask = Master::ringSize - 1;
 constexpr int masterTarget = automation::firstBusTarget, ceilingTarget = automation::firstBusTarget + 3;
 
-// The running maximum over the last `lookahead` frames: peaks that a later, larger one outlives are
-// dropped at once, so the head is always the maximum.
+// The running maximum over the last `lookahead` frames and the one that leaves the delay now: peaks that a
+// later, larger one outlives are dropped at once, so the head is always the maximum.
 float windowPeak(Master& m, float peak) {
   while (m.peakTail != m.peakHead && m.peaks[(m.peakTail - 1) & ringMask] <= peak) m.peakTail--;
   m.peaks[m.peakTail & ringMask] = peak;
   m.places[m.peakTail & ringMask] = m.write;
   m.peakTail++;
-  if (m.write - m.places[m.peakHead & ringMask] >= u32(m.lookahead)) m.peakHead++;
+  if (m.write - m.places[m.peakHead & ringMask] > u32(m.lookahead)) m.peakHead++;
   return m.peaks[m.peakHead & ringMask];
 }
 
@@ -65,7 +65,6 @@ bool asleep(EngineCore& core, int n) {
   const bool standing = !core.transport.playing;
   if (!standing || !silent(core.mix.outL, n) || !silent(core.mix.outR, n)) {
     m.sleeping = false;
-    if (!standing) m.quiet = 0;
   } else if (onGrid(core)) {
     m.sleeping = m.quiet >= u32(core.rates.rate);
   }
@@ -102,7 +101,7 @@ void renderMaster(EngineCore& core) {
     mix.outR.fill(0);
     for (int i = 0; i < n; i++)
       for (float& peak : m.outputPeak) peak = flushed(peak * 0.9995f);
-    m.quiet += u32(n);
+    m.quiet = core.transport.playing ? 0 : m.quiet + u32(n);
     return;
   }
   for (int q = 0; q < quads(n); q++) {
@@ -113,6 +112,7 @@ void renderMaster(EngineCore& core) {
   blockDc(m, mix.outL, 0, n);
   blockDc(m, mix.outR, 1, n);
   for (int i = 0; i < n; i++) m.quiet = quiet(mix.outL, mix.outR, i) ? m.quiet + 1 : 0;
+  if (core.transport.playing) m.quiet = 0;
 }
 
 }  // namespace synth

@@ -63,7 +63,7 @@ void refresh(EngineCore& core, bool force) {
 }  // namespace
 
 void renderBlock(EngineCore& core, float* left, float* right, unsigned frames) {
-  bool force = drainCommands(core);
+  core.commandsRan |= drainCommands(core);
   for (unsigned done = 0; done < frames;) {
     runEvents(core);
     u64 most = frames - done;
@@ -71,8 +71,8 @@ void renderBlock(EngineCore& core, float* left, float* right, unsigned frames) {
     if (core.nextTelemetry > core.sampleClock) most = std::min(most, core.nextTelemetry - core.sampleClock);
     planSegment(core, int(std::min<u64>(most, dsp::segment)));
     readLanes(core);
-    refresh(core, force);
-    force = false;
+    refresh(core, core.commandsRan);
+    core.commandsRan = false;
     renderVoices(core);
     renderTracks(core);
     renderMaster(core);

@@ -23,6 +23,13 @@ constexpr u64 afterVoices = bit(LEVEL) | bit(PAN) | bit(SEND_1) | bit(SEND_2) | 
                             bit(TRIM) | bit(MONO_BELOW) | bit(DUCK_AMOUNT) | bit(DUCK_RELEASE) |
                             bit(ROOM_SIZE) | bit(ROOM_DECAY) | bit(ROOM_DAMP) | bit(ROOM_MIX) | perVoice;
 
+// Targets that the Track chain reads sample by sample; all others are read at ticks, where segments begin.
+constexpr u64 perSample = bit(LEVEL) | bit(PAN) | bit(SEND_1) | bit(SEND_2) | bit(WIDTH) | bit(DRIVE) |
+                          bit(HIGHPASS) | bit(LOWPASS) | bit(CRUSH_BITS) | bit(CRUSH_RATE) | bit(TRIM) |
+                          bit(MONO_BELOW) | bit(DUCK_AMOUNT) | bit(DUCK_RELEASE) | bit(MOD_RATE) |
+                          bit(MOD_DEPTH) | bit(MOD_FEEDBACK) | bit(MOD_MIX) | bit(MOD_TONE) | bit(LFO_RATE) |
+                          bit(LFO2_RATE);
+
 float storedValue(const Track& track, int target) {
   if (target == PITCH) return 0;
   return targetInfo(target)->get(track);
@@ -68,7 +75,7 @@ bool same(float a, float b) { return a == b || (a != a && b != b); }
 
 // Reads one row over the segment in normalised values; `moving` says whether they differ.
 template <class Map>
-void readRow(EngineCore& core, LaneReader& reader, Map map) {
+void readRow(EngineCore& core, LaneReader& reader, bool everySample, Map map) {
   auto points = lanePoints(*core.project, reader.row);
   const int n = core.clock.n;
   auto mapped = [&](float input) {
@@ -80,7 +87,7 @@ void readRow(EngineCore& core, LaneReader& reader, Map map) {
   };
   const float first = mapped(readAt(reader, points, core.clock.laneTime[0]));
   reader.moving = false;
-  if (core.clock.laneTime[0] == core.clock.laneTime[n - 1]) return;
+  if (!everySample || core.clock.laneTime[0] == core.clock.laneTime[n - 1]) return;
   reader.block[0] = first;
   for (int i = 1; i < n; i++) {
     reader.block[i] = mapped(readAt(reader, points, core.clock.laneTime[i]));
@@ -164,16 +171,17 @@ void readLanes(EngineCore& core) {
       const float before = reader.value;
       const bool moved = reader.moving;
       if (isMacroTarget(reader.target)) {
-        readRow(core, reader, [](float v) { return v; });
+        readRow(core, reader, false, [](float v) { return v; });
         l.macro[t][reader.target - firstMacroTarget] = reader.moving ? reader.block[0] : reader.value;
       } else {
-        readRow(core, reader, [&](float v) { return targetValue(reader.target, v); });
+        readRow(core, reader, perSample >> reader.target & 1,
+                [&](float v) { return targetValue(reader.target, v); });
       }
       if (moved || reader.moving || !same(before, reader.value)) core.prepared[t].dirty = true;
     }
   }
   // Buses and Moves take a value every sixteen samples; everything there slews or ramps by itself.
-  if (core.sampleClock & 15) return;
+  if ((core.sampleClock & 15) && !core.busDirty) return;
   for (int bus = 0; bus < 3; bus++)
     for (int k = 0; k < l.busCount[bus]; k++) {
       LaneReader& reader = l.bus[bus][k];
@@ -221,15 +229,17 @@ void prepareTracks(EngineCore& core) {
 
 void prepareBuses(EngineCore& core) {
   const Overrides& o = core.overrides;
-  const bool drawn = core.lanes.busCount[0] + core.lanes.busCount[1] + core.lanes.busCount[2] > 0;
-  if (!core.busDirty && !drawn) return;
-  core.busDirty = false;
-  for (int k = 0; k < busTargets; k++) {
-    const param::Info* info = targetInfo(firstBusTarget + k);
+  auto prepare = [&](int target) {
+    const int k = target - firstBusTarget;
     core.busValue[k] = hasValue(o.busTouch[k])  ? o.busTouch[k]
                        : hasValue(o.busLane[k]) ? o.busLane[k]
-                                                : info->get(*core.project);
-  }
+                                                : targetInfo(target)->get(*core.project);
+  };
+  if (core.busDirty)
+    for (int target = firstBusTarget; target <= lastBusTarget; target++) prepare(target);
+  core.busDirty = false;
+  for (int bus = 0; bus < 3; bus++)
+    for (int k = 0; k < core.lanes.busCount[bus]; k++) prepare(core.lanes.bus[bus][k].target);
 }
 
 float busValue(const EngineCore& core, int target) { return core.busValue[target - firstBusTarget]; }

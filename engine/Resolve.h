@@ -33,7 +33,8 @@ void mergeLocks(EngineCore& core);
 
 // A target as a voice sees it: its own Lock first, unless a held touch replaces it.
 inline float voiceParam(const EngineCore& core, const Voice& v, int target) {
-  if ((v.lockMask >> target & 1) && !hasValue(core.overrides.touch[v.track][target])) return v.lockValues[target];
+  if ((v.lockMask >> target & 1) && !hasValue(core.overrides.touch[v.track][target]))
+    return v.lockValues[target];
   return core.prepared[v.track].value[target];
 }
 

@@ -16,7 +16,7 @@ bool zero(const u8 (&hash)[32]) {
 float* SampleSlots::data(int slot, u32 frames) {
   if (!inRange(slot) || frames < 1 || frames > mostFrames || !isFree(slot)) return nullptr;
   Slot& s = slots_[slot];
-  if (s.capacity < frames || s.capacity / 2 > frames) {
+  if (s.capacity < frames || s.capacity > 2 * u64(frames)) {
     s.pcm.reset(new float[frames]());
     s.capacity = frames;
   }

@@ -120,21 +120,35 @@ void movePan(EngineCore& core, int t, int n) {
 
 // ---- High and low pass.
 
+// Where a filter comes in it is blended with what it filters, so that a Lane through that place does not
+// click.
+SvfSetting blended(SvfSetting s, float share) {
+  const float w = std::clamp(share, 0.0f, 1.0f);
+  return {s.f, 1 - w + w * s.inputMix, w * s.bandMix, w * s.lowMix};
+}
+SvfSetting highpassAt(float hz, double rate) {
+  return blended(SvfSetting::high(Svf::at(svfG(hz, rate), trackFilterK)), (hz - highpassOff) / 10);
+}
+SvfSetting lowpassAt(float hz, double rate) {
+  return blended(SvfSetting::low(Svf::at(svfG(hz, rate), trackFilterK)), (lowpassOff - hz) / 3000);
+}
+
 bool highpassOn(float hz) { return hz > highpassOff; }
 bool lowpassOn(float hz) { return hz < lowpassOff; }
 
 // A filter whose frequency moves within the segment, sample by sample.
 template <class On, class Setting>
-void movingFilter(const Value& hz, double rate, Block& signal, SvfState& state, int n, On on,
+void movingFilter(const Value& hz, double rate, Block& signal, SvfState& state, int n, bool tick, On on,
                   Setting setting) {
+  if (tick) state.flush();
   for (int i = 0; i < n; i++) {
     if (!on(hz[i])) {
       state = SvfState{};
       continue;
     }
-    const SvfSetting s = setting(Svf::at(svfG(hz[i], rate), trackFilterK));
+    const SvfSetting s = setting(hz[i], rate);
     const float x = signal[i];
-    const SvfOut o = state.run(s.f, x);
+    const SvfOut o = state.step(s.f, x);
     signal[i] = s.inputMix * x + s.bandMix * o.band + s.lowMix * o.low;
   }
 }
@@ -160,14 +174,14 @@ void queueFilter(EngineCore& core, int t, int target, float& lastHz, SvfSetting&
     return;
   }
   if (hz.moves()) {
-    movingFilter(hz, core.rates.rate, l, state[0], core.clock.n, on, make);
-    movingFilter(hz, core.rates.rate, r, state[1], core.clock.n, on, make);
+    movingFilter(hz, core.rates.rate, l, state[0], core.clock.n, onGrid(core), on, make);
+    movingFilter(hz, core.rates.rate, r, state[1], core.clock.n, onGrid(core), on, make);
     lastHz = 0;
     return;
   }
   if (lastHz != hz.first()) {
     lastHz = hz.first();
-    setting = make(Svf::at(svfG(lastHz, core.rates.rate), trackFilterK));
+    setting = make(lastHz, core.rates.rate);
   }
   queue.add(l, r, state, setting);
 }
@@ -248,7 +262,7 @@ void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
       m.mix = Value(core, t, MOD_MIX)[done];
       m.tone = Value(core, t, MOD_TONE)[done];
       m.sideOnly = track.mod_side;
-      s.modFx.tick(m, core.sampleClock == 0);
+      s.modFx.tick(m, clock == 0);
     }
     s.modFx.process(l.v + done, r.v + done, part, core.sine);
     done += part;
@@ -321,16 +335,23 @@ void writeScope(EngineCore& core, int t, int i, float value) {
   if ((clock & 7) == 0) core.view.scope[t][(clock >> 3) % 120] = value;
 }
 
-void meterTrack(EngineCore& core, int t, const Block& l, const Block& r, int n) {
+// Before the pan: how loud the Track plays, and how bright.
+void meterEnergy(EngineCore& core, int t, const Block& l, const Block& r, int n) {
   TrackState& s = core.tracks[t];
   for (int i = 0; i < n; i++) {
     const float middle = (l[i] + r[i]) * 0.5f, edge = middle - s.lastMid;
     s.energy += (middle * middle - s.energy) * meterShare;
     s.edge += (edge * edge - s.edge) * meterShare;
     s.lastMid = middle;
+    writeScope(core, t, i, middle);
+  }
+}
+
+// Behind it: what goes to the mix.
+void meterPeaks(TrackState& s, const Block& l, const Block& r, int n) {
+  for (int i = 0; i < n; i++) {
     s.peakL = std::max(s.peakL * 0.9995f, std::fabs(l[i]));
     s.peakR = std::max(s.peakR * 0.9995f, std::fabs(r[i]));
-    writeScope(core, t, i, middle);
   }
 }
 
@@ -378,6 +399,10 @@ void fadeMeters(EngineCore& core, int t, int n) {
     s.peakL = flushed(s.peakL * 0.9995f);
     s.peakR = flushed(s.peakR * 0.9995f);
   }
+  for (int i = 0; i < n && s.energy + s.edge > 0; i++) {
+    s.energy = flushed(s.energy - s.energy * meterShare);
+    s.edge = flushed(s.edge - s.edge * meterShare);
+  }
   for (int i = int(-core.sampleClock & 7); i < n; i += 8) writeScope(core, t, i, 0);
   s.lastMid = 0;
 }
@@ -387,16 +412,16 @@ void fadeMeters(EngineCore& core, int t, int n) {
 void watchSleep(EngineCore& core, int t) {
   TrackState& s = core.tracks[t];
   if (core.transport.playing || core.mix.trackUsed[t]) {
-    s.quiet = 0;
     s.sleeping = false;
   } else if (onGrid(core)) {
     s.sleeping = s.quiet >= u32(core.rates.rate * 0.5);
   }
 }
 
-void countQuiet(TrackState& s, const Block& l, const Block& r, int n) {
+void countQuiet(const EngineCore& core, TrackState& s, const Block& l, const Block& r, int n) {
   for (int i = 0; i < n; i++)
     s.quiet = std::fabs(l[i]) < quietLevel && std::fabs(r[i]) < quietLevel ? s.quiet + 1 : 0;
+  if (core.transport.playing) s.quiet = 0;
 }
 
 }  // namespace
@@ -441,14 +466,13 @@ void renderTracks(EngineCore& core) {
     levelTrack(core, t, l, r, !works[t], n);
     if (!works[t]) continue;
     TrackState& s = core.tracks[t];
-    queueFilter(core, t, HIGHPASS, s.highpassHz, s.highpass, s.highpassState, high, highpassOn,
-                SvfSetting::high);
+    queueFilter(core, t, HIGHPASS, s.highpassHz, s.highpass, s.highpassState, high, highpassOn, highpassAt);
   }
   runSvfs(high.channels, high.count, n, onGrid(core));
   for (int t = 0; t < limits::tracks; t++) {
     TrackState& s = core.tracks[t];
     if (works[t])
-      queueFilter(core, t, LOWPASS, s.lowpassHz, s.lowpass, s.lowpassState, low, lowpassOn, SvfSetting::low);
+      queueFilter(core, t, LOWPASS, s.lowpassHz, s.lowpass, s.lowpassState, low, lowpassOn, lowpassAt);
   }
   runSvfs(low.channels, low.count, n, onGrid(core));
   for (int t = 0; t < limits::tracks; t++) {
@@ -460,7 +484,7 @@ void renderTracks(EngineCore& core) {
   for (int t = 0; t < limits::tracks; t++) {
     Block &l = mix.trackL[t], &r = mix.trackR[t];
     if (!works[t]) {
-      core.tracks[t].quiet += u32(n);
+      core.tracks[t].quiet = core.transport.playing ? 0 : core.tracks[t].quiet + u32(n);
       duckTrack(core, t, l, r, true, n);
       fadeMeters(core, t, n);
       movePan(core, t, n);
@@ -469,14 +493,15 @@ void renderTracks(EngineCore& core) {
     modulateTrack(core, t, l, r, n);
     widenTrack(core, t, l, r, n);
     duckTrack(core, t, l, r, false, n);
-    countQuiet(core.tracks[t], l, r, n);
+    countQuiet(core, core.tracks[t], l, r, n);
+    meterEnergy(core, t, l, r, n);
     Block gl, gr;
     panGains(core, t, gl, gr, n);
     for (int q = 0; q < quads(n); q++) {
       l.put(q, l.at(q) * gl.at(q));
       r.put(q, r.at(q) * gr.at(q));
     }
-    meterTrack(core, t, l, r, n);
+    meterPeaks(core.tracks[t], l, r, n);
     addToMix(core, t, l, r, n);
   }
 }

@@ -1,6 +1,8 @@
 // What a Track's signal chain remembers between segments.
 #pragma once
 
+#include <limits>
+
 #include "engine/Drive.h"
 #include "engine/ModFx.h"
 #include "engine/dsp/LaneFilters.h"
@@ -11,7 +13,7 @@ struct TrackState {
   // Levels.
   bool audible = true, fresh = true;  // fresh: the smoothers take their first targets at once
   float gainNow = 0, trim = 0, trimGain = 1;
-  float pan = 0;
+  float pan = std::numeric_limits<float>::quiet_NaN();  // whose targets follow
   float panTargetL = 0.7071f, panTargetR = 0.7071f, panL = 0.7071f, panR = 0.7071f;
 
   // Inserts, left and right.

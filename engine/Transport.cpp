@@ -31,6 +31,7 @@ void stopByItself(EngineCore& core) {
   Transport& t = core.transport;
   t.playing = false;
   t.paused = t.stopped = true;
+  t.stopStep = -1;
   allNotesOff(core);
   rewind(core);
 }
@@ -147,6 +148,8 @@ void stopPlayback(EngineCore& core) {
 
 void haltTransport(EngineCore& core) {
   Transport& t = core.transport;
+  stopAudition(core);
+  t.stopStep = -1;
   t.playing = false;
   t.paused = false;
   t.stopped = true;

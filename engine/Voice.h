@@ -76,7 +76,7 @@ struct Voice {
   dsp::SvfState svfState[2];
 
   // Sources around the engine.
-  u32 seed = 1;
+  u32 seed = 1, clickSeed = 1;  // of their own, since they are drawn in different passes
   dsp::Phase subPhase = 0, clickPhase = 0;
   float clickLevel = 0;
   KindState state;

@@ -70,7 +70,8 @@ void controlEnvelopes(EngineCore& core, Voice& v, const Track& track) {
   c.contourStep = k.contourStep;
   c.sustain = track.sustain;
   // A voice that has died away lets its timbre go as well.
-  if (v.amp < 1e-5f && v.ampStage != Stage::Attack && v.timbre.stage != Stage::Idle) v.timbre.stage = Stage::Release;
+  if (v.amp < 1e-5f && v.ampStage != Stage::Attack && v.timbre.stage != Stage::Idle)
+    v.timbre.stage = Stage::Release;
   c.timbreAttack = k.timbreAttack;
   c.timbreDecay = k.timbreDecay;
   c.timbreRelease = k.timbreRelease;

@@ -58,8 +58,8 @@ void runEnvelope(Envelope& e, const EnvelopeSetting& s, Block* out, int n) {
 }
 
 // Queues an envelope that stays in its stage, or runs it; true when queued. `flat` says that it stands.
-bool beginEnvelope(Envelope& e, const EnvelopeSetting& s, Block* out, float& before, bool& flat, MotionQueue& queue,
-                   int n) {
+bool beginEnvelope(Envelope& e, const EnvelopeSetting& s, Block* out, float& before, bool& flat,
+                   MotionQueue& queue, int n) {
   flat = e.stage == Stage::Idle || (e.stage == Stage::Sustain && e.level == s.sustain);
   if (flat) {
     if (out) out->fill(e.level);
@@ -132,6 +132,7 @@ void finishAmp(Voice& v, VoiceMotion& m, int n) {
   int i = 0;
   while (i < n && m.amp[i] >= end) i++;
   silence(m.amp, i);
+  m.end = i;
 }
 
 // ---- Pitch.
@@ -173,7 +174,8 @@ void beginMotion(const EngineCore& core, Voice& v, VoiceMotion& m, MotionQueue& 
   m.filterRuns = false;
   bool ignored;
   if (v.control.ownFilterEnv)
-    m.filterRuns = beginEnvelope(v.filterEnv, filterOf(v.control), nullptr, m.filterBefore, ignored, queue, n);
+    m.filterRuns =
+        beginEnvelope(v.filterEnv, filterOf(v.control), nullptr, m.filterBefore, ignored, queue, n);
   m.ratioRuns = !arrived(v.pitchRatio, v.pitchTarget, 1 - pitchSlew);
   if (m.ratioRuns)
     queue.add(v.pitchRatio, v.pitchTarget, 1 - pitchSlew, &m.ratio);

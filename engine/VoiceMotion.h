@@ -13,6 +13,7 @@ struct VoiceMotion {
   bool incFlat = true, timbreFlat = true;
   bool ampRuns = false, timbreRuns = false, filterRuns = false, ratioRuns = false;  // queued
   float ampBefore = 0;
+  int end = dsp::segment;  // the sample at which the voice has died away
   float timbreBefore = 0, filterBefore = 0;
 };
 
@@ -21,7 +22,9 @@ struct MotionQueue {
   dsp::Approach all[voiceCount * mostPerVoice];
   int count = 0;
 
-  void add(float& value, float target, float keep, dsp::Block* out) { all[count++] = {&value, target, keep, out}; }
+  void add(float& value, float target, float keep, dsp::Block* out) {
+    all[count++] = {&value, target, keep, out};
+  }
 };
 
 // Before the queue runs: what stands still or is in a stage of its own is done at once.

@@ -61,14 +61,31 @@ Voice* forPolyLegato(EngineCore& core, int t) {
 }
 
 // Keeps what a taken voice last gave, to fade it under the new one.
-void reset(Voice& v) {
+void reset(const EngineCore& core, Voice& v) {
   const bool cut = v.active;
-  const float mid = v.lastMid, side = v.lastSide;
+  // A voice that began on this very sample has given nothing yet but what it took over itself.
+  const bool fresh = v.sampleStart == core.sampleClock;
+  const float mid = fresh ? v.fadeMid : v.lastMid, side = fresh ? v.fadeSide : v.lastSide;
+  const int left = fresh ? v.fadeLeft : declickSamples;
   v = Voice{};
   if (!cut) return;
   v.fadeMid = mid;
   v.fadeSide = side;
-  v.fadeLeft = declickSamples;
+  v.fadeLeft = left;
+}
+
+// The unison copies of a voice that is taken go on by themselves; releasing, they may be taken at once.
+void releaseCopies(EngineCore& core, const Voice& leader) {
+  if (!leader.active || leader.ghost()) return;
+  const int index = indexOf(core, leader);
+  for (Voice& v : core.voices)
+    if (v.active && v.ghost() && v.leader == index && v.leaderSerial == leader.serial) releaseVoice(core, v);
+}
+
+// A generator never leaves 0, so it never starts there.
+void seedNoise(Voice& v, u32 seed) {
+  v.seed = seed ? seed : 1;
+  v.clickSeed = dsp::hash(v.seed) | 1;
 }
 
 }  // namespace
@@ -92,7 +109,8 @@ Voice& allocate(EngineCore& core, int t) {
 
 Voice& take(EngineCore& core, int t, const Note& note, bool live, double gateEnd) {
   Voice& v = allocate(core, t);
-  reset(v);
+  releaseCopies(core, v);
+  reset(core, v);
   v.active = true;
   v.track = u8(t);
   v.note = note.pitch;
@@ -100,7 +118,7 @@ Voice& take(EngineCore& core, int t, const Note& note, bool live, double gateEnd
   v.gateEnd = gateEnd;
   v.serial = ++core.voiceSerial;
   v.sampleStart = core.sampleClock;
-  v.seed = u32(v.serial) * 917u + 1288583u;
+  seedNoise(v, u32(v.serial) * 917u + 1288583u);
   v.velocity = v.targetVelocity = float(note.velocity) / 127.0f;
   return v;
 }
@@ -129,7 +147,7 @@ void start(EngineCore& core, int t, const Note& note, bool live, double gateEnd)
           core, [&](const Voice& o) { return o.track == t && o.releasing && indexOf(core, o) != leader; });
     if (!copy) continue;
     if (k > 0) {
-      reset(*copy);
+      reset(core, *copy);
       const float fadeMid = copy->fadeMid, fadeSide = copy->fadeSide;
       const int fadeLeft = copy->fadeLeft;
       *copy = base;
@@ -139,10 +157,11 @@ void start(EngineCore& core, int t, const Note& note, bool live, double gateEnd)
       copy->leader = leader;
       copy->leaderSerial = base.serial;
       copy->serial = ++core.voiceSerial;
-      copy->seed = u32(copy->serial) * 733u + 5369127u;
+      seedNoise(*copy, u32(copy->serial) * 733u + 5369127u);
       const u32 h = dsp::hash(u32(k) + u32(copy->serial) * 97u);
       copy->state.phaseA = (dsp::hash24(h) & 0xFFFFFF) << 8;
-      copy->state.phaseB = copy->state.phaseC = copy->state.phaseD = copy->state.phaseA + dsp::phaseShift(0.37f);
+      copy->state.phaseB = copy->state.phaseC = copy->state.phaseD =
+          copy->state.phaseA + dsp::phaseShift(0.37f);
     }
     const float s = 2 * float(k) / float(count - 1) - 1;
     copy->unisonGain = 1 / std::sqrt(float(count));

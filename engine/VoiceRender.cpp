@@ -7,8 +7,8 @@
 #include "engine/VoiceMotion.h"
 #include "engine/VoicePool.h"
 #include "engine/Voices.h"
-#include "engine/dsp/Random.h"
 #include "engine/dsp/Phase.h"
+#include "engine/dsp/Random.h"
 #include "engine/kinds/Kind.h"
 
 namespace synth {
@@ -125,20 +125,21 @@ struct FilterQueues {
 // ---- Pass 4: level, click, pan, declick.
 
 void applyLevel(const EngineCore& core, Voice& v, Block& mid, Block& side, const Block& amp, bool stereo,
-                int n) {
+                Block& velocity, int n) {
   const float va = v.control.velocityAmp;
-  auto gainAt = [&](float velocity) {
-    float g = velocity * 0.43f;
-    if (va != 1) g *= (1 - va * (1 - velocity)) / std::max(velocity, 0.0001f);
+  auto gainAt = [&](float value) {
+    float g = value * 0.43f;
+    if (va != 1) g *= (1 - va * (1 - value)) / std::max(value, 0.0001f);
     return g;
   };
   Block gain;
   const int mode = core.track(v.track).voice_mode;
   if (mode == 0 || v.velocity == v.targetVelocity) {
+    velocity.fill(v.velocity);
     gain.fill(gainAt(v.velocity));
   } else {
-    smooth(v.velocity, v.targetVelocity, core.rates.paramSmooth, gain, n);
-    for (int i = 0; i < n; i++) gain[i] = gainAt(gain[i]);
+    smooth(v.velocity, v.targetVelocity, core.rates.paramSmooth, velocity, n);
+    for (int i = 0; i < segment; i++) gain[i] = gainAt(velocity[i]);
   }
   for (int q = 0; q < quads(n); q++) {
     const f4 g = gain.at(q) * amp.at(q);
@@ -147,11 +148,11 @@ void applyLevel(const EngineCore& core, Voice& v, Block& mid, Block& side, const
   }
 }
 
-void addClick(const EngineCore& core, Voice& v, Block& mid, int n) {
-  const float amount = core.track(v.track).click, loud = v.velocity * 0.6f + 0.4f;
+void addClick(const EngineCore& core, Voice& v, Block& mid, const Block& velocity, int n) {
+  const float amount = core.track(v.track).click;
   for (int i = 0; i < n && v.clickLevel > 0.0001f; i++) {
-    mid[i] += loud * v.clickLevel * amount *
-              (white(v.seed) * 0.35f + sineAt(core.sine, v.clickPhase) * 0.65f) * 0.5f;
+    mid[i] += (velocity[i] * 0.6f + 0.4f) * v.clickLevel * amount *
+              (white(v.clickSeed) * 0.35f + sineAt(core.sine, v.clickPhase) * 0.65f) * 0.5f;
     v.clickPhase += phaseStep(float(2600 / core.rates.rate));
     v.clickLevel *= core.rates.keyClick;
   }
@@ -234,6 +235,7 @@ void renderVoices(EngineCore& core) {
     if (!v.active) continue;
     used[i] = true;
     const bool first = v.sampleStart == core.sampleClock;
+    if (tick) v.amp = flushed(v.amp);
     if (tick || first) controlVoice(core, v, first);
     if (!v.isPad) beginMotion(core, v, motion[i], queue);
   }
@@ -257,13 +259,16 @@ void renderVoices(EngineCore& core) {
       renderHit(v, mid, side, n);
       stereo[i] = true;
     } else {
-      applyLevel(core, v, mid, side, motion[i].amp, stereo[i], n);
-      addClick(core, v, mid, n);
+      Block velocity;
+      applyLevel(core, v, mid, side, motion[i].amp, stereo[i], velocity, n);
+      addClick(core, v, mid, velocity, n);
       stereo[i] = place(core, v, mid, side, stereo[i], n);
     }
     keepFinite(mid, n);
     if (stereo[i]) keepFinite(side, n);
     declick(v, mid, side, stereo[i], n);
+    if (!v.isPad)
+      for (int k = motion[i].end; k < n; k++) mid[k] = side[k] = 0;
     Block &trackMid = mix.trackL[v.track], &trackSide = mix.trackR[v.track];
     if (!mix.trackUsed[v.track]) {
       mix.trackUsed[v.track] = true;

@@ -203,7 +203,9 @@ void allNotesOff(EngineCore& core) {
 
 void monoCollapse(EngineCore& core, int t) {
   core.mono[t] = MonoSlot{};
+  if (isDrums(core.track(t))) return;
   Voice* survivor = newest(core, t);
+  if (survivor && survivor->fadeLeft == 0) survivor->fadeMid = survivor->fadeSide = 0;
   for (Voice& v : core.voices) {
     if (!v.active || v.track != t || &v == survivor || v.isPad) continue;
     if (survivor) {

@@ -50,6 +50,8 @@ float Hit::semitonesAt(double t) const {
 void Hit::tick(float ratio) {
   const double t = age_ / rate_;
   external_ = ratio;
+  for (Decay& d : decay_) d.value = dsp::flushed(d.value);
+  sweep_.value = dsp::flushed(sweep_.value);
   base_ = float(math::exp2(semitonesAt(t) / 12.0));
   baseStep_ = float((math::exp2(semitonesAt(t + 16 / rate_) / 12.0) - base_) / 16);
   Recipes::tick(*this, base_ * external_ * (1 + sweepAmount_ * sweep_.value));
@@ -59,7 +61,8 @@ Hit::Frame Hit::frame() {
   Frame f;
   f.t = float(age_ / rate_);
   f.A = env_;
-  if (holdLeft_ > 0)
+  f.held = holdLeft_ > 0;
+  if (f.held)
     holdLeft_ -= 1;
   else
     env_ *= envCoefficient_;
@@ -75,25 +78,29 @@ Hit::Frame Hit::frame() {
   return f;
 }
 
-void Hit::render(float* out, int n, float ratio) {
+int Hit::render(float* out, int n, float ratio) {
   const float* sine = dsp::sineTable();
-  for (int i = 0; i < n; i++) {
-    if (done_) {
-      out[i] = 0;
-      continue;
-    }
+  int i = 0;
+  for (; i < n && !done_; i++) {
     if ((age_ & 15) == 0) tick(ratio);
     float x = Recipes::sample(*this, frame(), sine);
     if (drive_.blend > 0) x = drive::shape(drive_, sine, x);
     x *= gate_;
     gate_ *= gateCoefficient_;
-    if (fadeLeft_ >= 0) {
-      x *= float(fadeLeft_) / float(fadeTotal_);
-      if (fadeLeft_-- == 0) done_ = true;
-    }
     if (env_ * gate_ < silence) done_ = true;
     out[i] = std::isfinite(x) ? x : 0;
   }
+  std::fill(out + i, out + n, 0.0f);
+  return i;
+}
+
+int Hit::fade(float* x, int n) {
+  if (fadeLeft_ < 0) return n;
+  const int lives = std::min(n, fadeLeft_);
+  for (int i = 0; i < lives; i++) x[i] *= float(fadeLeft_--) / float(fadeTotal_);
+  if (fadeLeft_ == 0) done_ = true;
+  std::fill(x + lives, x + n, 0.0f);
+  return lives;
 }
 
 void Hit::release(double seconds) {

@@ -55,11 +55,15 @@ class Hit {
  public:
   // The serial seeds the noise: every hit sounds a little different, and one render repeats exactly.
   void start(const Setting& setting, u64 serial, double rate);
-  // Writes n samples; `ratio` is a pitch ratio on top of the hit's own.
-  void render(float* out, int n, float ratio);
+  // Writes n samples, zeros where the hit has died away; `ratio` is a pitch ratio on top of the hit's own.
+  // Returns how many of them the hit lived through.
+  int render(float* out, int n, float ratio);
+  // What fadeOut() takes away, to be applied behind any filter so that none rings past the end. Returns how
+  // many samples the hit lived through; the others become zeros.
+  int fade(float* x, int n);
   // Lets the hit fall by 60 dB in `seconds`, if that is faster than it falls by itself.
   void release(double seconds);
-  // Fades linearly to silence over `samples`.
+  // Fades linearly to silence over `samples`; see fade().
   void fadeOut(int samples);
 
   float level() const;
@@ -69,6 +73,7 @@ class Hit {
   // The common frame, for the models.
   struct Frame {
     float A, at, r, n, t;  // envelope, attack, pitch ratio, noise, seconds
+    bool held;             // the envelope has not begun to fall
   };
 
  private:

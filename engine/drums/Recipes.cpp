@@ -131,6 +131,8 @@ float Recipes::sample(Hit& h, const Hit::Frame& f, const float* sine) {
     const dsp::SvfOut o = h.state_[k].run(h.filter_[k], x);
     return x - h.filter_[k].k * o.band - o.low;
   };
+  // A power of the envelope: it waits with it while the hit is held.
+  auto power = [&](int k) { return f.held ? h.decay_[k].value : h.decay_[k].next(); };
   auto metal = [&](float scale) {
     float sum = 0;
     for (int k = 0; k < 6; k++) {
@@ -142,8 +144,7 @@ float Recipes::sample(Hit& h, const Hit::Frame& f, const float* sine) {
   switch (s.model) {
     case SNARE: {
       const float body =
-          (1 - 0.45f * s.tone) * f.at *
-          (0.55f * osc(0, 1) * h.decay_[0].next() + 0.35f * osc(1, 1.78f) * h.decay_[1].next());
+          (1 - 0.45f * s.tone) * f.at * (0.55f * osc(0, 1) * power(0) + 0.35f * osc(1, 1.78f) * power(1));
       const float hiss = high(0, f.n);
       return body + h.pole_[0].low(hiss) * (0.5f + 0.6f * s.tone) * f.A +
              0.6f * s.snap * hiss * h.decay_[2].next();
@@ -170,12 +171,11 @@ float Recipes::sample(Hit& h, const Hit::Frame& f, const float* sine) {
       return (0.9f * edge + 0.8f * band(1, edge)) * f.A * f.at + 0.3f * s.snap * edge * h.decay_[0].next();
     }
     case TOM:
-      return 0.85f * osc(0, 1) * f.A * f.at + 0.25f * s.tone * osc(1, 1.59f) * h.decay_[0].next() +
+      return 0.85f * osc(0, 1) * f.A * f.at + 0.25f * s.tone * osc(1, 1.59f) * power(0) +
              h.pole_[0].low(f.n) * (0.5f * s.snap * h.decay_[1].next() + 0.06f * s.tone * f.A);
     case RIM:
-      return high(0, 0.6f * osc(0, 1) * f.A + 0.5f * osc(1, 3.47f) * h.decay_[0].next() +
-                         0.25f * osc(2, 5.1f) * h.decay_[1].next() +
-                         1.2f * s.snap * f.n * h.decay_[2].next());
+      return high(0, 0.6f * osc(0, 1) * f.A + 0.5f * osc(1, 3.47f) * power(0) +
+                         0.25f * osc(2, 5.1f) * power(1) + 1.2f * s.snap * f.n * h.decay_[2].next());
     case COWBELL: {
       const float w = std::min(step, 0.45f), v = std::min(step * 1.4815f, 0.45f);
       const float x = square(advance(h.phase_[0], w), w) + square(advance(h.phase_[1], v), v);
@@ -190,7 +190,7 @@ float Recipes::sample(Hit& h, const Hit::Frame& f, const float* sine) {
     case CYMBAL: {
       const float x = metal(1.9f * f.r) + 0.35f * f.n;
       const float edge = high(0, x);
-      return f.A * (0.6f * band(2, x) * h.decay_[0].next() + 0.9f * edge + 0.5f * band(1, edge)) +
+      return f.A * (0.6f * band(2, x) * power(0) + 0.9f * edge + 0.5f * band(1, edge)) +
              0.4f * s.snap * edge * h.decay_[1].next();
     }
     case ZAP: {
@@ -199,7 +199,7 @@ float Recipes::sample(Hit& h, const Hit::Frame& f, const float* sine) {
       return 0.9f * sineOf(sine, p + bend) * f.A * f.at + 0.3f * s.snap * f.n * h.decay_[0].next();
     }
     case CONGA:
-      return f.at * (0.7f * osc(0, 1) * f.A + 0.3f * osc(1, 1.504f) * h.decay_[0].next()) +
+      return f.at * (0.7f * osc(0, 1) * f.A + 0.3f * osc(1, 1.504f) * power(0)) +
              0.8f * s.snap * band(0, f.n) * h.decay_[1].next();
     case NOISE: {
       const dsp::SvfOut o = h.state_[0].run(h.filter_[0], f.n);

@@ -14,7 +14,9 @@ struct Approach {
   Block* out;
 };
 
-inline bool arrived(float value, float target, float keep) { return target + (value - target) * keep == value; }
+inline bool arrived(float value, float target, float keep) {
+  return target + (value - target) * keep == value;
+}
 
 void runApproaches(const Approach* all, int count, int n);
 

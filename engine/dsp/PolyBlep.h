@@ -21,7 +21,7 @@ inline float poly(float t, float step) {
 // Four at once; `inverse` is 1 / step. Mostly no sample is near a step, and then nothing is computed.
 inline f4 poly(f4 t, f4 step, f4 inverse) {
   const f4 one = splat(1);
-  const i4 behind = t < step, ahead = t > one - step;
+  const i4 behind = t<step, ahead = t> one - step;
   if (!any(behind | ahead)) return splat(0);
   const f4 u = t * inverse, w = (t - one) * inverse;
   const f4 after = (u + u) - u * u - one, before = w * w + (w + w) + one;

@@ -36,12 +36,22 @@ struct SvfState {
   float ic1 = 0, ic2 = 0;
 
   SvfOut run(const Svf& f, float x) {
+    const SvfOut out = step(f, x);
+    flush();
+    return out;
+  }
+  // Without the flush, for loops that flush now and then.
+  SvfOut step(const Svf& f, float x) {
     const float v3 = x - ic2;
     const float v1 = f.a1 * ic1 + f.a2 * v3;
     const float v2 = ic2 + f.a2 * ic1 + f.a3 * v3;
-    ic1 = flushed(2 * v1 - ic1);
-    ic2 = flushed(2 * v2 - ic2);
+    ic1 = 2 * v1 - ic1;
+    ic2 = 2 * v2 - ic2;
     return {v2, v1};
+  }
+  void flush() {
+    ic1 = flushed(ic1);
+    ic2 = flushed(ic2);
   }
   bool rests() const { return ic1 == 0 && ic2 == 0; }
 };

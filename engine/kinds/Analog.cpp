@@ -129,8 +129,7 @@ void renderAnalog(KindState& st, Run& run) {
     };
     const f4 first = wave(a.at(q));
     f4 second = splat(0);
-    if (level > 0)
-      second = splat(level) * morph(run.sine, Wave(b.at(q), stepB.at(q)), waveB.at(q), indexB);
+    if (level > 0) second = splat(level) * morph(run.sine, Wave(b.at(q), stepB.at(q)), waveB.at(q), indexB);
     run.mid->put(q, (first + second) * splat(0.42f));
     if (!run.stereo) continue;
     // With B silent the width comes from a phase-shifted copy of A.

@@ -17,7 +17,8 @@ void renderFm(KindState& st, Run& run) {
     const float ratio = 4 * run.e[1][i] + 1, room = modulationRoom(inc[i]);
     // Carson's rule: the highest sideband of index I stands at 1 + ratio (1 + 1.51 I) times the carrier.
     const float most = ((0.42f / inc[i] - 1) / ratio - 1) / 1.51f;
-    const float index = std::min(room * (1.7f * e1 + 0.08f) * (0.65f * e3 + 0.35f), std::max(most, 0.0f)) * soft;
+    const float index =
+        std::min(soft * room * (1.7f * e1 + 0.08f) * (0.65f * e3 + 0.35f), std::max(most, 0.0f));
     const float bend = soft * room * e4 * 0.32f * 0.5f * (st.last1 + st.last2);
     const float m = sineAt(run.sine, st.phaseB + phaseShift(bend));
     st.last2 = st.last1;
