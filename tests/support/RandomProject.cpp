@@ -217,6 +217,8 @@ ProjectPtr randomSong(u32 seed) {
     track.trim = 0;
     track.duck_amount = r.chance(30) ? r.unit() : 0;
     for (int pad = 0; pad < limits::pads; pad++) {
+      for (const param::Info& info : param::all())
+        if (info.scope == param::ScopePad && r.chance(30)) info.set(randomValue(r, info), track, pad);
       track.pad_model[pad] = u8(r.below(13));
       track.pad_choke[pad] = u8(r.below(3));
       track.pad_gate[pad] = r.chance(30) ? r.unit() * 0.2f : 0;
