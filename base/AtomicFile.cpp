@@ -8,8 +8,10 @@
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 namespace synth {
 namespace {
@@ -33,18 +35,11 @@ std::string behindLinks(const std::string& path) {
   return out;
 }
 
-mode_t modeFor(const std::string& path) {
-  struct stat info;
-  if (::stat(path.c_str(), &info) == 0) return info.st_mode & 07777;
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  return 0666 & ~mask;
-}
-
 // Temporary files that a signal removes: paths at fixed places, since a handler may not allocate.
 struct Registry {
   static constexpr int places = 8;
-  std::atomic<bool> used[places]{};
+  enum State : unsigned char { Free, Claimed, Named };
+  std::atomic<unsigned char> states[places]{};
   char paths[places][PATH_MAX]{};
 };
 Registry registry;
@@ -52,9 +47,10 @@ Registry registry;
 int enroll(const std::string& path) {
   if (path.size() >= PATH_MAX) return -1;
   for (int i = 0; i < Registry::places; i++) {
-    if (registry.used[i].load()) continue;
+    unsigned char free = Registry::Free;
+    if (!registry.states[i].compare_exchange_strong(free, Registry::Claimed)) continue;
     std::memcpy(registry.paths[i], path.c_str(), path.size() + 1);
-    registry.used[i].store(true);
+    registry.states[i].store(Registry::Named);
     return i;
   }
   return -1;
@@ -62,15 +58,55 @@ int enroll(const std::string& path) {
 
 extern "C" void removeAndEnd(int signal) {
   for (int i = 0; i < Registry::places; i++)
-    if (registry.used[i].load()) ::unlink(registry.paths[i]);
+    if (registry.states[i].load() == Registry::Named) ::unlink(registry.paths[i]);
   std::signal(signal, SIG_DFL);
   std::raise(signal);
+}
+
+constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+// Holds those signals back while a file exists that the registry does not know yet.
+class SignalsHeld {
+ public:
+  SignalsHeld() {
+    sigset_t held;
+    sigemptyset(&held);
+    for (int signal : endingSignals) sigaddset(&held, signal);
+    pthread_sigmask(SIG_BLOCK, &held, &before_);
+  }
+  ~SignalsHeld() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_;
+};
+
+// A new file beside `destination`, with the mode that the umask gives; mkstemp's would be private, and a
+// song that was for others to read is to stay so. Returns -1 with errno.
+int createBeside(const std::string& destination, std::string& name) {
+  static std::atomic<unsigned> counter{0};
+  constexpr char letters[] = "abcdefghijklmnopqrstuvwxyz0123456789";
+  for (int tries = 0; tries < 100; tries++) {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    std::uint64_t h = std::uint64_t(now.tv_nsec) ^ std::uint64_t(now.tv_sec) << 30 ^
+                      std::uint64_t(::getpid()) << 40 ^ std::uint64_t(counter++) << 20;
+    name = destination + ".tmp.";
+    for (int k = 0; k < 6; k++) {
+      h = (h ^ h >> 33) * 0xFF51AFD7ED558CCDull;
+      name += letters[(h >> 40) % (sizeof letters - 1)];
+    }
+    const int fd = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd >= 0 || errno != EEXIST) return fd;
+  }
+  return -1;
 }
 
 }  // namespace
 
 void removeTemporaryFilesOnSignals() {
-  for (int signal : {SIGINT, SIGTERM, SIGHUP}) std::signal(signal, removeAndEnd);
+  // A signal that the caller has us ignore, as nohup does, stays ignored.
+  for (int signal : endingSignals)
+    if (std::signal(signal, removeAndEnd) == SIG_IGN) std::signal(signal, SIG_IGN);
 }
 
 AtomicFile::~AtomicFile() {
@@ -80,7 +116,7 @@ AtomicFile::~AtomicFile() {
 }
 
 void AtomicFile::forget() {
-  if (registered_ >= 0) registry.used[registered_].store(false);
+  if (registered_ >= 0) registry.states[registered_].store(Registry::Free);
   registered_ = -1;
   temporary_.clear();
 }
@@ -91,14 +127,16 @@ bool AtomicFile::open(const std::string& wanted, std::string& error) {
     return false;
   }
   const std::string destination = behindLinks(wanted);
-  struct stat info;
-  if (::stat(destination.c_str(), &info) == 0 && !S_ISREG(info.st_mode)) {
+  struct stat old;
+  const bool replaces = ::stat(destination.c_str(), &old) == 0;
+  if (replaces && !S_ISREG(old.st_mode)) {
     error = std::string("Cannot replace destination: ") +
-            (S_ISDIR(info.st_mode) ? std::strerror(EISDIR) : "Not an ordinary file");
+            (S_ISDIR(old.st_mode) ? std::strerror(EISDIR) : "Not an ordinary file");
     return false;
   }
-  std::string name = destination + ".tmp.XXXXXX";
-  int fd = ::mkostemp(name.data(), O_CLOEXEC);
+  const SignalsHeld held;
+  std::string name;
+  const int fd = createBeside(destination, name);
   if (fd < 0) {
     error = std::string("Cannot create temporary output: ") + std::strerror(errno);
     return false;
@@ -106,7 +144,7 @@ bool AtomicFile::open(const std::string& wanted, std::string& error) {
   destination_ = destination;
   temporary_ = name;
   registered_ = enroll(name);
-  ::fchmod(fd, modeFor(destination));
+  if (replaces) ::fchmod(fd, old.st_mode & 07777);
   file_ = ::fdopen(fd, "w+b");
   if (!file_) {
     error = std::string("Cannot open temporary output: ") + std::strerror(errno);

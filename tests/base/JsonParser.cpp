@@ -41,6 +41,8 @@ TEST(JsonParser, TakesCommentsForWhiteSpace) {
 TEST(JsonParser, DecodesEscapes) {
   EXPECT_EQ(parsed(R"("\b\f\n\r\t\"\\\/\q")").string(), "\b\f\n\r\t\"\\/q");
   EXPECT_EQ(parsed(R"("\u0041\u00e9\u20AC")").string(), "A\xC3\xA9\xE2\x82\xAC");
+  EXPECT_EQ(parsed(R"("\u007f\u0080\u07ff\u0800\uffff")").string(),
+            "\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF");
   EXPECT_EQ(parsed(R"("a\u0000b")").string(), std::string("a\0b", 3));
   // Each half of a surrogate pair stands for itself.
   EXPECT_EQ(parsed(R"("\ud83d\ude00")").string(), "\xED\xA0\xBD\xED\xB8\x80");

@@ -92,28 +92,56 @@ TEST(Executable, OutputThatCannotBeWrittenIsNoSuccess) {
   EXPECT_EQ(shell(folder, "quorel nonsense > /dev/full").status, 2);
 }
 
-TEST(Executable, AnInterruptedRenderLeavesNothingBehind) {
+// A render of a song of that many Steps, under way: the file beside its destination has begun to fill.
+struct Rendering {
   TempFolder folder;
-  writeAll(folder / "long.json", R"({"patterns": [{"track": 1, "notes": [[0, 60, 100]]}],
-                                     "clips": [{"track": 1, "at": 0, "pattern": 0, "length": 60000}]})");
-  for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+  pid_t child = -1;
+
+  explicit Rendering(int steps) {
     const std::string input = folder / "long.json";
+    writeAll(input, R"({"patterns": [{"track": 1, "notes": [[0, 60, 100]]}],
+                        "clips": [{"track": 1, "at": 0, "pattern": 0, "length": )" +
+                        std::to_string(steps) + "}]}");
     const char* words[] = {"quorel", "render", input.c_str(), nullptr};
     posix_spawn_file_actions_t quiet;
     posix_spawn_file_actions_init(&quiet);
     posix_spawn_file_actions_addopen(&quiet, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    pid_t child = -1;
-    ASSERT_EQ(posix_spawn(&child, QUOREL_BINARY, &quiet, nullptr, const_cast<char**>(words), environ), 0);
+    EXPECT_EQ(posix_spawn(&child, QUOREL_BINARY, &quiet, nullptr, const_cast<char**>(words), environ), 0);
     posix_spawn_file_actions_destroy(&quiet);
-    auto writing = [&] { return contentsOf(folder.path()).size() > 1; };
-    for (int i = 0; i < 1000 && !writing(); i++) ::usleep(5000);
-    EXPECT_TRUE(writing());
-    ::kill(child, signal);
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
-    EXPECT_FALSE(writing()) << contentsOf(folder.path()).rbegin()->first;
+    for (int i = 0; i < 2000 && !filling(); i++) ::usleep(2000);
+    EXPECT_TRUE(filling());
   }
+  bool filling() const {
+    for (const auto& entry : fs::directory_iterator(folder.path()))
+      if (entry.path().filename().string().find(".wav.tmp.") != std::string::npos && entry.file_size() > 0)
+        return true;
+    return false;
+  }
+  int endBy(int signal) const {
+    ::kill(child, signal);
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    return status;
+  }
+};
+
+TEST(Executable, AnInterruptedRenderLeavesNothingBehind) {
+  for (int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    Rendering render(60000);
+    const int status = render.endBy(signal);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == signal) << status;
+    EXPECT_EQ(contentsOf(render.folder.path()).size(), 1u)
+        << contentsOf(render.folder.path()).rbegin()->first;
+  }
+}
+
+TEST(Executable, ASignalThatItsCallerIgnoresDoesNotEndIt) {
+  const auto before = ::signal(SIGHUP, SIG_IGN);
+  Rendering render(600);
+  ::signal(SIGHUP, before);
+  const int status = render.endBy(SIGHUP);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << status;
+  EXPECT_TRUE(fs::exists(render.folder / "long.wav"));
 }
 
 }  // namespace

@@ -60,6 +60,32 @@ TEST(ProjectSet, TracksByIndexOrNameAndPadsOfKits) {
   EXPECT_EQ(p->tracks[0].level, 1);
 }
 
+TEST(ProjectSet, MacrosByTheirNames) {
+  Song song;
+  auto p = song.project(song.path);
+  for (int slot : {0, 1}) {
+    MacroRec& macro = p->tracks[1].macros[slot];
+    setName(macro.name, slot ? "TILT" : "SWELL");
+    macro.polarity = u8(slot);
+    p->tracks[1].macroCount++;
+  }
+  std::string error;
+  ASSERT_TRUE(saveProject(*p, song.path, error)) << error;
+  EXPECT_EQ(
+      song.set({"SWELL=0.25", "TILT=-0.5", "pan=1", "--track", "1", "--in-place"}).count("data.changes"), 2u);
+  p = song.project(song.path);
+  EXPECT_EQ(p->tracks[1].macros[0].value, 0.25f);
+  EXPECT_EQ(p->tracks[1].macros[1].value, -0.5f);
+  const Words command{"project", "set", song.path, "--in-place", "--track"};
+  expectRefusals("out_of_range", command,
+                 {{{"1", "SWELL=-0.5"}, "A Macro's value is 0..1"},
+                  {{"1", "TILT=1.5"}, "A Macro's value is -1..1 (bipolar)"},
+                  {{"1", "TILT=up"}, "A Macro's value is -1..1 (bipolar)"}});
+  expectRefusals("unknown_parameter", command,
+                 {{{"1", "SWEL=1"}, "Unknown parameter SWEL", "Did you mean: SWELL"},
+                  {{"2", "SWELL=1"}, "Unknown parameter SWELL"}});
+}
+
 TEST(ProjectSet, AnotherKindStartsFromItsSoundWithoutTheOldPatterns) {
   Song song;
   ASSERT_EQ(song.set({"track_kind=drums", "--track", "1", "--in-place"}).status, 0);
