@@ -88,22 +88,21 @@ void renderHit(Voice& v, dsp::Block& mid, dsp::Block& side, int n) {
         v.hitGateLeft -= part;
       }
     }
-    lives += v.hit.render(mid.v + done, part, 1);
+    lives += v.hit.render(mid.v + done, part);
     done += part;
   }
   const float gain = v.hitLevel * v.velocity * padLevel;
   const float pan = v.hitPan * -0.85f;
-  for (int i = 0; i < lives; i++) {
-    float x = mid[i] * gain;
-    if (v.hitHigh) {
-      const dsp::SvfOut o = v.svfState[0].run(v.hitFilter[0], x);
-      x = x - v.hitFilter[0].k * o.band - o.low;
+  for (int q = 0; q < dsp::quads(n); q++) mid.put(q, mid.at(q) * dsp::splat(gain));
+  if (v.hitHigh)
+    for (int i = 0; i < lives; i++) {
+      const dsp::SvfOut o = v.svfState[0].run(v.hitFilter[0], mid[i]);
+      mid[i] -= v.hitFilter[0].k * o.band + o.low;
     }
-    if (v.hitLow) x = v.svfState[1].run(v.hitFilter[1], x).low;
-    mid[i] = x;
-  }
+  if (v.hitLow)
+    for (int i = 0; i < lives; i++) mid[i] = v.svfState[1].run(v.hitFilter[1], mid[i]).low;
   v.hit.fade(mid.v, lives);
-  for (int i = 0; i < n; i++) side[i] = pan * mid[i];
+  for (int q = 0; q < dsp::quads(n); q++) side.put(q, dsp::splat(pan) * mid.at(q));
   v.amp = v.hit.level();
   if (v.hit.done()) v.active = false;
 }

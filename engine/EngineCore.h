@@ -111,10 +111,17 @@ struct Overrides {
   float busLane[automation::busTargets];
 };
 
+// How a Lane's normalised value becomes its target's, where that can be told without the registry.
+struct LaneScale {
+  enum Kind : u8 { Linear, Logarithmic, ByRegistry } kind = ByRegistry;
+  float low = 0, high = 1, octaves = 0;
+};
+
 // One bound Lane row as it reads over a segment.
 struct LaneReader {
   u16 row = 0;
-  int target = 0;                          // a Track, Macro or bus target, or the Move's index
+  int target = 0;  // a Track, Macro or bus target, or the Move's index
+  LaneScale scale;
   u16 segment = 0;                         // points that lie before the position
   float input = noValue, value = noValue;  // the last reading and its value in the target's unit
   bool moving = false;
@@ -136,10 +143,12 @@ struct LaneBindings {
 // A Track's values as they stand now, rebuilt when something under them changes.
 struct Prepared {
   float value[automation::trackTargets] = {};
+  float standing[automation::trackTargets] = {};  // without Lanes
+  u64 overridden = 0;                             // targets at which a Lane is not heard
   u64 moving = 0;  // targets whose Lane moves in this segment: read `lane` for those
   const dsp::Block* lane[automation::trackTargets] = {};
-  bool dirty = true;
-  u32 version = 0;  // counts the rebuilds
+  bool dirty = true, lanesDirty = true;  // `standing` is to be rebuilt; `value` is
+  u32 version = 0;                       // counts the rebuilds
 };
 
 // The times of a segment's samples, by the same repeated addition as sample by sample.

@@ -1,105 +1,122 @@
 #include "engine/ModFx.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "base/Math.h"
-#include "engine/dsp/Sine.h"
 
 namespace synth {
 namespace {
 
-constexpr double longestDelay = 0.0115;  // seconds; the Chorus at full depth, and room for the interpolation
+using namespace dsp;
+using modfx::Piece;
+
+constexpr double longestDelay = 0.0115;  // seconds; the Chorus at full depth
 constexpr double tailRoom = 0.01;
 constexpr float crossfadeSeconds = 0.02f;
 
 }  // namespace
 
 void ModFx::prepare(double rate) {
-  rate_ = rate;
-  lineSize_ = 1;
-  while (lineSize_ < u32((longestDelay + tailRoom) * rate)) lineSize_ *= 2;
-  line_.reset(new float[2 * lineSize_]());
+  params_.rate = float(rate);
+  lines_.l.prepare((longestDelay + tailRoom) * rate);
+  lines_.r.prepare((longestDelay + tailRoom) * rate);
   gainStep_ = float(1 / (rate * crossfadeSeconds));
-  smooth_ = float(1 - math::exp(-8 / (rate * 0.02)));
+  smooth_ = float(1 - math::exp(-modfx::tickLength / (rate * 0.02)));
 }
 
 void ModFx::clear() {
-  std::fill(line_.get(), line_.get() + 2 * lineSize_, 0.0f);
-  write_ = 0;
+  lines_.clear();
+  state_ = State{};
 }
 
 void ModFx::tick(const Setting& s, bool snap) {
   wanted_ = s.type;
   if (type_ == Off && wanted_ == Off) return;
   const float c = snap || type_ == Off ? 1 : smooth_;
-  hz_ += (s.rate - hz_) * c;
-  depth_ += (std::clamp(s.depth, 0.0f, 1.0f) - depth_) * c;
-  mix_ += (0.5f * std::clamp(s.mix, 0.0f, 1.0f) - mix_) * c;
+  modfx::Params& p = params_;
+  p.hz += (s.rate - p.hz) * c;
+  p.depth += (std::clamp(s.depth, 0.0f, 1.0f) - p.depth) * c;
+  p.feedback += (std::clamp(s.feedback, -0.95f, 0.95f) - p.feedback) * c;
+  p.tone += (std::clamp(s.tone, 0.0f, 1.0f) - p.tone) * c;
+  p.mix += (std::clamp(s.mix, 0.0f, 1.0f) - p.mix) * c;
+  p.hush = s.hush;
   sideOnly_ = s.sideOnly;
   if (snap) {
     type_ = wanted_;
     gain_ = type_ == Off ? 0 : 1;
   }
+  tickEffect();
 }
 
-// Catmull-Rom through four samples around the read point.
-float ModFx::read(int channel, float delay) const {
-  const float* line = line_.get() + u32(channel) * lineSize_;
-  const float place = std::max(delay, 1.0f);
-  const u32 whole = u32(place);
-  const float f = place - float(whole);
-  const u32 mask = lineSize_ - 1, at = write_ - whole;
-  const float a = line[(at + 1) & mask], b = line[at & mask], c = line[(at - 1) & mask],
-              d = line[(at - 2) & mask];
-  return b +
-         f * ((c - a) * 0.5f + f * (a - 2.5f * b + 2 * c - 0.5f * d + f * (1.5f * (b - c) + 0.5f * (d - a))));
+void ModFx::tickEffect() {
+  if (type_ == FlangerType) state_.flanger.tick(params_);
+  if (type_ == PhaserType) state_.phaser.tick(params_);
 }
 
-void ModFx::process(float* left, float* right, int n, const float* sine) {
-  const float ms = float(rate_ / 1000), inc = float(hz_ / rate_);
-  const float inc2 = float(std::min(14.0 * hz_, 20.0) / rate_);
+// The effect's own gain of up to n samples, until the effect changes; returns how many those are.
+int ModFx::fade(float* gains, int n) {
   for (int i = 0; i < n; i++) {
-    if (type_ != wanted_) {
-      gain_ = std::max(gain_ - gainStep_, 0.0f);
-      if (gain_ == 0) {
-        clear();
-        type_ = wanted_;
-      }
-    } else if (type_ != Off) {
-      gain_ = std::min(gain_ + gainStep_, 1.0f);
-    }
-    if (type_ == Off) continue;
-    write_++;
-    line_[write_ & (lineSize_ - 1)] = left[i];
-    line_[lineSize_ + (write_ & (lineSize_ - 1))] = right[i];
-    float wet[2];
-    for (int ch = 0; ch < 2; ch++) {
-      if (type_ == Ensemble) {
-        const float at = phase_ + float(ch) / 6;
-        float sum = 0;
-        for (int tap = 0; tap < 3; tap++) {
-          const float third = float(tap) / 3;
-          sum += read(ch, ms * (6 + 1.9f * depth_ * dsp::sineOf(sine, at + third) +
-                                0.22f * depth_ * dsp::sineOf(sine, phase2_ + third)));
-        }
-        wet[ch] = 0.5f * sum;
-      } else {
-        wet[ch] = read(ch, ms * (7 + (3.2f * depth_ + 0.3f) * dsp::sineOf(sine, phase_ + 0.25f * float(ch))));
-      }
-    }
-    phase_ = dsp::wrapped(phase_ + inc);
-    phase2_ = dsp::wrapped(phase2_ + inc2);
-    const float amount = mix_ * gain_;
-    if (sideOnly_) {
-      const float middle = (wet[0] + wet[1]) * 0.5f;
-      left[i] += amount * (wet[0] - middle);
-      right[i] += amount * (wet[1] - middle);
-    } else {
-      left[i] += amount * (wet[0] - left[i]);
-      right[i] += amount * (wet[1] - right[i]);
-    }
+    gain_ = type_ != wanted_ ? std::max(gain_ - gainStep_, 0.0f) : std::min(gain_ + gainStep_, 1.0f);
+    gains[i] = gain_;
+    if (gain_ == 0) return i + 1;
   }
+  return n;
+}
+
+void ModFx::run(Piece& piece) {
+  switch (type_) {
+    case ChorusType: return state_.chorus.run(lines_, params_, piece);
+    case EnsembleType: return state_.ensemble.run(lines_, params_, piece);
+    case FlangerType: return state_.flanger.run(lines_, params_, piece);
+    case PhaserType: return state_.phaser.run(params_, piece);
+    case VinylType: return state_.vinyl.run(lines_, params_, piece);
+    default: return;
+  }
+}
+
+void ModFx::process(float* left, float* right, int n) {
+  if (type_ == Off && wanted_ == Off) return;
+  alignas(16) float gains[modfx::tickLength] = {};
+  // Vinyl is the whole signal; the others are mixed to the dry one, at most by half.
+  const f4 mix = splat(type_ == VinylType ? (sideOnly_ ? params_.mix : 1) : 0.5f * params_.mix);
+  int part = n;
+  if (gain_ == 1 && type_ == wanted_)
+    std::fill_n(gains, n, 1.0f);
+  else if (type_ != Off)
+    part = fade(gains, n);
+  else
+    part = 0;
+
+  if (part > 0) {
+    Piece dry{};
+    dry.n = part;
+    std::copy_n(left, part, dry.l);
+    std::copy_n(right, part, dry.r);
+    Piece wet = dry;
+    run(wet);
+    for (int q = 0; q < quads(part); q++) {
+      const f4 amount = mix * load(gains + 4 * q);
+      f4 l = wet.left(q), r = wet.right(q);
+      if (sideOnly_) {
+        const f4 middle = (l + r) * splat(0.5f);
+        l = dry.left(q) + amount * (l - middle);
+        r = dry.right(q) + amount * (r - middle);
+      } else {
+        l = dry.left(q) + amount * (l - dry.left(q));
+        r = dry.right(q) + amount * (r - dry.right(q));
+      }
+      store(dry.l + 4 * q, l);
+      store(dry.r + 4 * q, r);
+    }
+    std::copy_n(dry.l, part, left);
+    std::copy_n(dry.r, part, right);
+  }
+  if (gain_ > 0 || type_ == wanted_) return;
+  // The old effect has gone: the new one starts with empty lines.
+  clear();
+  type_ = wanted_;
+  tickEffect();
+  if (type_ != Off && part < n) process(left + part, right + part, n - part);
 }
 
 }  // namespace synth

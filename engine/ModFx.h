@@ -1,42 +1,50 @@
-// The modulation effect of a Track: delays of a few milliseconds, moved by an LFO.
+// The modulation effect of a Track: which one sounds, how it comes in and goes, and how it is mixed.
 #pragma once
 
-#include <memory>
-
-#include "core/Project.h"
-#include "engine/dsp/Block.h"
+#include "engine/modfx/ModEffect.h"
 
 namespace synth {
 
 class ModFx {
  public:
-  enum Type : int { Off, Chorus, Ensemble, Flanger, Phaser, Vinyl };
+  enum Type : int { Off, ChorusType, EnsembleType, FlangerType, PhaserType, VinylType };
   struct Setting {
     int type = Off;
     float rate = 0.5f, depth = 0.5f, feedback = 0, mix = 0.5f, tone = 0.5f;
     bool sideOnly = false;
+    bool hush = false;  // what makes noise by itself is to fall silent
   };
 
   void prepare(double rate);
   // Every eight samples, on the sample clock: moves the parameters towards the setting.
   void tick(const Setting& setting, bool snap);
   // In place; n samples within one tick.
-  void process(float* left, float* right, int n, const float* sine);
+  void process(float* left, float* right, int n);
   bool idle() const { return type_ == Off && gain_ == 0; }
-  std::size_t bytes() const { return line_ ? sizeof(float) * 2 * lineSize_ : 0; }
+  int type() const { return type_; }
+  std::size_t bytes() const { return lines_.l.bytes() + lines_.r.bytes(); }
 
  private:
-  float read(int channel, float delay) const;
+  // The effects' memory, begun anew with each change.
+  struct State {
+    modfx::Chorus chorus;
+    modfx::Ensemble ensemble;
+    modfx::Flanger flanger;
+    modfx::Phaser phaser;
+    modfx::Vinyl vinyl;
+  };
+
+  void tickEffect();
+  int fade(float* gains, int n);
+  void run(modfx::Piece& piece);
   void clear();
 
-  double rate_ = 48000;
-  std::unique_ptr<float[]> line_;
-  u32 lineSize_ = 0, write_ = 0;
+  modfx::Lines lines_;
+  modfx::Params params_;
+  State state_;
   int type_ = Off, wanted_ = Off;
-  float gain_ = 0, gainStep_ = 0;
-  float hz_ = 0.5f, depth_ = 0.5f, mix_ = 0.25f, smooth_ = 1;
+  float gain_ = 0, gainStep_ = 0, smooth_ = 1;
   bool sideOnly_ = false;
-  float phase_ = 0, phase2_ = 0;
 };
 
 }  // namespace synth

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "base/Math.h"
 #include "core/model/Lanes.h"
+#include "engine/dsp/FastMath.h"
 
 namespace synth {
 namespace {
@@ -35,10 +37,29 @@ float storedValue(const Track& track, int target) {
   return targetInfo(target)->get(track);
 }
 
+LaneScale scaleOf(int target) {
+  if (target >= ENGINE_1 && target <= ENGINE_4) return {LaneScale::Linear, 0, 1, 0};
+  const param::Info* info = targetInfo(target);
+  if (!info || target == PITCH || info->whole()) return {};
+  if (info->curve == param::Linear) return {LaneScale::Linear, info->min, info->max, 0};
+  if (info->curve != param::Logarithmic || !(info->min > 0)) return {};
+  return {LaneScale::Logarithmic, info->min, info->max, float(math::log2(double(info->max) / info->min))};
+}
+
 void bind(LaneReader& reader, int row, int target) {
   reader = LaneReader{};
   reader.row = u16(row);
   reader.target = target;
+  if (isTrackTarget(target)) reader.scale = scaleOf(target);
+}
+
+float scaled(const LaneReader& reader, float normalized) {
+  const LaneScale& s = reader.scale;
+  switch (s.kind) {
+    case LaneScale::Linear: return s.low + normalized * (s.high - s.low);
+    case LaneScale::Logarithmic: return std::min(s.low * dsp::exp2Fast(normalized * s.octaves), s.high);
+    default: return targetValue(reader.target, normalized);
+  }
 }
 
 bool bound(const LaneRow& row) { return row.enabled && row.target && row.count; }
@@ -73,21 +94,31 @@ float readAt(LaneReader& reader, std::span<const LanePoint> points, double at) {
 
 bool same(float a, float b) { return a == b || (a != a && b != b); }
 
-// Reads one row over the segment in normalised values; `moving` says whether they differ.
-template <class Map>
-void readRow(EngineCore& core, LaneReader& reader, bool everySample, Map map) {
+// Whether the row reads the same all through the segment.
+bool standsStill(const EngineCore& core, const LaneReader& reader, std::span<const LanePoint> points) {
+  const u16 after = reader.segment;
+  const double end = core.clock.laneTime[core.clock.n - 1];
+  if (core.clock.laneTime[0] == end || points.empty()) return true;
+  if (after < points.size() && points[after].position <= end) return false;
+  if (after == 0 || after == points.size()) return true;
+  const LanePoint &from = points[after - 1], &to = points[after];
+  return from.rest || to.rest || from.value == to.value;
+}
+
+// Reads one row over the segment; `moving` says whether its samples differ.
+void readRow(EngineCore& core, LaneReader& reader, bool everySample) {
   auto points = lanePoints(*core.project, reader.row);
   const int n = core.clock.n;
   auto mapped = [&](float input) {
     if (!same(input, reader.input)) {
       reader.input = input;
-      reader.value = hasValue(input) ? map(input) : noValue;
+      reader.value = hasValue(input) ? scaled(reader, input) : noValue;
     }
     return reader.value;
   };
   const float first = mapped(readAt(reader, points, core.clock.laneTime[0]));
   reader.moving = false;
-  if (!everySample || core.clock.laneTime[0] == core.clock.laneTime[n - 1]) return;
+  if (!everySample || standsStill(core, reader, points)) return;
   reader.block[0] = first;
   for (int i = 1; i < n; i++) {
     reader.block[i] = mapped(readAt(reader, points, core.clock.laneTime[i]));
@@ -171,13 +202,12 @@ void readLanes(EngineCore& core) {
       const float before = reader.value;
       const bool moved = reader.moving;
       if (isMacroTarget(reader.target)) {
-        readRow(core, reader, false, [](float v) { return v; });
-        l.macro[t][reader.target - firstMacroTarget] = reader.moving ? reader.block[0] : reader.value;
+        readRow(core, reader, false);
+        l.macro[t][reader.target - firstMacroTarget] = reader.value;
       } else {
-        readRow(core, reader, perSample >> reader.target & 1,
-                [&](float v) { return targetValue(reader.target, v); });
+        readRow(core, reader, perSample >> reader.target & 1);
       }
-      if (moved || reader.moving || !same(before, reader.value)) core.prepared[t].dirty = true;
+      if (moved || reader.moving || !same(before, reader.value)) core.prepared[t].lanesDirty = true;
     }
   }
   // Buses and Moves take a value every sixteen samples; everything there slews or ramps by itself.
@@ -196,34 +226,49 @@ void readLanes(EngineCore& core) {
   }
 }
 
+namespace {
+
+void rebuildStanding(EngineCore& core, int t) {
+  Prepared& now = core.prepared[t];
+  const Track& track = core.track(t);
+  now.dirty = false;
+  now.lanesDirty = true;
+  now.overridden = 0;
+  for (int target = 0; target < trackTargets; target++) {
+    const float v = above(core, t, target);
+    if (hasValue(v)) now.overridden |= bit(target);
+    now.standing[target] = hasValue(v) ? v : storedValue(track, target);
+  }
+}
+
+void applyLanes(EngineCore& core, int t) {
+  Prepared& now = core.prepared[t];
+  now.version++;
+  now.moving = 0;
+  std::copy(std::begin(now.standing), std::end(now.standing), now.value);
+  for (int k = 0; k < core.lanes.trackCount[t]; k++) {
+    LaneReader& reader = core.lanes.track[t][k];
+    if (!isTrackTarget(reader.target) || (now.overridden & bit(reader.target))) continue;
+    if (!reader.moving) {
+      if (hasValue(reader.value)) now.value[reader.target] = reader.value;
+      continue;
+    }
+    // A Lane that rests within the segment leaves the Track's own value there.
+    for (float& v : reader.block.v)
+      if (!hasValue(v)) v = now.standing[reader.target];
+    now.value[reader.target] = reader.block[0];
+    now.moving |= bit(reader.target);
+    now.lane[reader.target] = &reader.block;
+  }
+  now.lanesDirty = now.moving != 0;  // the next segment has other values
+}
+
+}  // namespace
+
 void prepareTracks(EngineCore& core) {
   for (int t = 0; t < limits::tracks; t++) {
-    Prepared& now = core.prepared[t];
-    if (!now.dirty) continue;
-    now.dirty = false;
-    now.version++;
-    now.moving = 0;
-    const Track& track = core.track(t);
-    for (int target = 0; target < trackTargets; target++) {
-      const float v = above(core, t, target);
-      now.value[target] = hasValue(v) ? v : storedValue(track, target);
-    }
-    for (int k = 0; k < core.lanes.trackCount[t]; k++) {
-      const LaneReader& reader = core.lanes.track[t][k];
-      if (!isTrackTarget(reader.target) || hasValue(above(core, t, reader.target))) continue;
-      if (!reader.moving) {
-        if (hasValue(reader.value)) now.value[reader.target] = reader.value;
-        continue;
-      }
-      // A Lane that rests within the segment leaves the Track's own value there.
-      dsp::Block& block = core.lanes.track[t][k].block;
-      for (int i = 0; i < dsp::segment; i++)
-        if (!hasValue(block[i])) block[i] = storedValue(track, reader.target);
-      now.value[reader.target] = block[0];
-      now.moving |= bit(reader.target);
-      now.lane[reader.target] = &block;
-    }
-    if (now.moving) now.dirty = true;  // the next segment has other values
+    if (core.prepared[t].dirty) rebuildStanding(core, t);
+    if (core.prepared[t].lanesDirty) applyLanes(core, t);
   }
 }
 

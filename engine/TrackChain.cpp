@@ -7,6 +7,7 @@
 #include "base/Math.h"
 #include "engine/Lfo.h"
 #include "engine/TrackEq.h"
+#include "engine/TrackMeters.h"
 
 namespace synth {
 namespace {
@@ -14,8 +15,7 @@ namespace {
 using namespace dsp;
 using namespace automation;
 
-constexpr float meterShare = 0.0005f;  // of a sample in the mean squares that the meters show
-constexpr float levelSlew = 0.004f, trackFilterK = 1.706f, quietLevel = 1e-7f;
+constexpr float levelSlew = 0.004f, trackFilterK = 1.706f;
 constexpr float highpassOff = 20.5f, lowpassOff = 19999;
 
 // A target over the segment: one number, or one for each sample while its Lane moves.
@@ -249,6 +249,7 @@ void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
   TrackState& s = core.tracks[t];
   const Track& track = core.track(t);
   if (track.mod_type == ModFx::Off && s.modFx.idle()) return;
+  if (track.mod_type == ModFx::VinylType) countQuiet(core, s.inputQuiet, l, r, n);
   for (int done = 0; done < n;) {
     const u64 clock = core.sampleClock + u64(done);
     const int part = std::min(n - done, 8 - int(clock & 7));
@@ -262,9 +263,10 @@ void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
       m.mix = Value(core, t, MOD_MIX)[done];
       m.tone = Value(core, t, MOD_TONE)[done];
       m.sideOnly = track.mod_side;
+      m.hush = s.inputQuiet >= u32(core.rates.rate * 0.5);
       s.modFx.tick(m, clock == 0);
     }
-    s.modFx.process(l.v + done, r.v + done, part, core.sine);
+    s.modFx.process(l.v + done, r.v + done, part);
     done += part;
   }
 }
@@ -297,6 +299,17 @@ void widenTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
   }
 }
 
+// The envelope of a duck, one sample on.
+void stepDuck(TrackState& s) {
+  if (s.duckRising) {
+    s.duck += (1 - s.duck) * 0.02f;
+    if (s.duck > 0.98f) s.duckRising = false;
+  } else {
+    // What no longer changes the gain has ended.
+    s.duck = s.duck >= 1e-9f ? s.duck * s.duckCoefficient : 0;
+  }
+}
+
 void duckTrack(EngineCore& core, int t, Block& l, Block& r, bool silentInput, int n) {
   TrackState& s = core.tracks[t];
   const Value amount(core, t, DUCK_AMOUNT), release(core, t, DUCK_RELEASE);
@@ -305,6 +318,9 @@ void duckTrack(EngineCore& core, int t, Block& l, Block& r, bool silentInput, in
     s.duckRising = false;
     return;
   }
+  if (s.duck == 0 && !s.duckRising) return;
+  Block gain;
+  gain.fill(1);
   for (int i = 0; i < n; i++) {
     if (!(amount[i] > 0)) {
       s.duck = 0;
@@ -315,45 +331,17 @@ void duckTrack(EngineCore& core, int t, Block& l, Block& r, bool silentInput, in
       s.duckRelease = release[i];
       s.duckCoefficient = float(math::exp(-1 / (double(s.duckRelease) * core.rates.rate)));
     }
-    if (s.duckRising) {
-      s.duck += (1 - s.duck) * 0.02f;
-      if (s.duck > 0.98f) s.duckRising = false;
-    } else {
-      s.duck = flushed(s.duck * s.duckCoefficient);
-    }
-    if (silentInput) continue;
-    const float gain = 1 - amount[i] * s.duck;
-    l[i] *= gain;
-    r[i] *= gain;
+    stepDuck(s);
+    gain[i] = 1 - amount[i] * s.duck;
+  }
+  if (silentInput) return;
+  for (int q = 0; q < quads(n); q++) {
+    l.put(q, l.at(q) * gain.at(q));
+    r.put(q, r.at(q) * gain.at(q));
   }
 }
 
-// ---- Meters and sums.
-
-void writeScope(EngineCore& core, int t, int i, float value) {
-  const u64 clock = core.sampleClock + u64(i);
-  if ((clock & 7) == 0) core.view.scope[t][(clock >> 3) % 120] = value;
-}
-
-// Before the pan: how loud the Track plays, and how bright.
-void meterEnergy(EngineCore& core, int t, const Block& l, const Block& r, int n) {
-  TrackState& s = core.tracks[t];
-  for (int i = 0; i < n; i++) {
-    const float middle = (l[i] + r[i]) * 0.5f, edge = middle - s.lastMid;
-    s.energy += (middle * middle - s.energy) * meterShare;
-    s.edge += (edge * edge - s.edge) * meterShare;
-    s.lastMid = middle;
-    writeScope(core, t, i, middle);
-  }
-}
-
-// Behind it: what goes to the mix.
-void meterPeaks(TrackState& s, const Block& l, const Block& r, int n) {
-  for (int i = 0; i < n; i++) {
-    s.peakL = std::max(s.peakL * 0.9995f, std::fabs(l[i]));
-    s.peakR = std::max(s.peakR * 0.9995f, std::fabs(r[i]));
-  }
-}
+// ---- Sums.
 
 void addToMix(EngineCore& core, int t, const Block& l, const Block& r, int n) {
   SegmentMix& mix = core.mix;
@@ -393,20 +381,6 @@ bool rests(const EngineCore& core, int t) {
          s.crushHeld[0] == 0 && s.crushHeld[1] == 0;
 }
 
-void fadeMeters(EngineCore& core, int t, int n) {
-  TrackState& s = core.tracks[t];
-  for (int i = 0; i < n && s.peakL + s.peakR > 0; i++) {
-    s.peakL = flushed(s.peakL * 0.9995f);
-    s.peakR = flushed(s.peakR * 0.9995f);
-  }
-  for (int i = 0; i < n && s.energy + s.edge > 0; i++) {
-    s.energy = flushed(s.energy - s.energy * meterShare);
-    s.edge = flushed(s.edge - s.edge * meterShare);
-  }
-  for (int i = int(-core.sampleClock & 7); i < n; i += 8) writeScope(core, t, i, 0);
-  s.lastMid = 0;
-}
-
 // While the transport stands, a Track without voices that has been quiet for half a second sleeps: what
 // still rings below hearing stays frozen. It falls asleep on the sixteen-sample grid and wakes with a voice.
 void watchSleep(EngineCore& core, int t) {
@@ -416,12 +390,6 @@ void watchSleep(EngineCore& core, int t) {
   } else if (onGrid(core)) {
     s.sleeping = s.quiet >= u32(core.rates.rate * 0.5);
   }
-}
-
-void countQuiet(const EngineCore& core, TrackState& s, const Block& l, const Block& r, int n) {
-  for (int i = 0; i < n; i++)
-    s.quiet = std::fabs(l[i]) < quietLevel && std::fabs(r[i]) < quietLevel ? s.quiet + 1 : 0;
-  if (core.transport.playing) s.quiet = 0;
 }
 
 }  // namespace
@@ -486,22 +454,22 @@ void renderTracks(EngineCore& core) {
     if (!works[t]) {
       core.tracks[t].quiet = core.transport.playing ? 0 : core.tracks[t].quiet + u32(n);
       duckTrack(core, t, l, r, true, n);
-      fadeMeters(core, t, n);
+      fadeMeters(core, t);
       movePan(core, t, n);
       continue;
     }
     modulateTrack(core, t, l, r, n);
     widenTrack(core, t, l, r, n);
     duckTrack(core, t, l, r, false, n);
-    countQuiet(core, core.tracks[t], l, r, n);
-    meterEnergy(core, t, l, r, n);
+    countQuiet(core, core.tracks[t].quiet, l, r, n);
+    meterEnergy(core, t, l, r);
     Block gl, gr;
     panGains(core, t, gl, gr, n);
     for (int q = 0; q < quads(n); q++) {
       l.put(q, l.at(q) * gl.at(q));
       r.put(q, r.at(q) * gr.at(q));
     }
-    meterPeaks(core.tracks[t], l, r, n);
+    meterPeaks(core, t, l, r);
     addToMix(core, t, l, r, n);
   }
 }

@@ -58,15 +58,12 @@ void designTrackEq(EngineCore& core, int t) {
                         v[automation::EQ_HIGH]};
   if (std::equal(now, now + 4, s.eqValues)) return;
   std::copy(now, now + 4, s.eqValues);
-  const bool on = now[0] != 0 || now[1] != 0 || now[3] != 0;
-  if (!on) {
-    if (s.eqOn)
-      for (auto& band : s.eqState) band[0] = band[1] = dsp::BiquadState{};
-    s.eqOn = false;
-    return;
+  const float gains[3] = {now[0], now[1], now[3]};
+  for (int band = 0; band < 3; band++) {
+    s.eqBand[band] = gains[band] != 0;
+    if (!s.eqBand[band]) s.eqState[band][0] = s.eqState[band][1] = dsp::BiquadState{};
   }
   const double rate = core.rates.rate;
-  s.eqOn = true;
   s.eq[0] = lowShelf(110, now[0], rate);
   s.eq[1] = peak(std::min(double(now[2]), 0.45 * rate), now[1], rate);
   s.eq[2] = highShelf(std::min(6000.0, 0.4 * rate), now[3], rate);
@@ -78,7 +75,7 @@ void runTrackEqs(EngineCore& core, const bool (&works)[limits::tracks]) {
     int count = 0;
     for (int t = 0; t < limits::tracks; t++) {
       TrackState& s = core.tracks[t];
-      if (!works[t] || !s.eqOn) continue;
+      if (!works[t] || !s.eqBand[band]) continue;
       channels[count++] = {&core.mix.trackL[t], &s.eqState[band][0], &s.eq[band]};
       channels[count++] = {&core.mix.trackR[t], &s.eqState[band][1], &s.eq[band]};
     }

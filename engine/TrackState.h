@@ -26,7 +26,7 @@ struct TrackState {
   float crushPhase[2] = {}, crushHeld[2] = {};
   dsp::Biquad eq[3];
   float eqValues[4] = {0, 0, 0, 0};
-  bool eqOn = false;
+  bool eqBand[3] = {};  // a band without gain does not run
   dsp::BiquadState eqState[3][2];
   ModFx modFx;
   float monoBelowState = 0, monoCoefficient = 0, monoHz = 0;
@@ -37,7 +37,7 @@ struct TrackState {
 
   // Sleep and meters.
   bool sleeping = false;
-  u32 quiet = 0;
+  u32 quiet = 0, inputQuiet = 0;  // samples below hearing, behind the chain and before its Mod FX
   float peakL = 0, peakR = 0, level = 0, energy = 0, edge = 0, lastMid = 0;
   u32 noteSerial = 0;
   u8 lastNote = 0, lastVelocity = 0;

@@ -40,7 +40,7 @@ struct Voice {
   float pitchRatio = 1, pitchTarget = 1;
   float pitchEnv = 0, pitchEnvTime = 1;
   float detuneRatio = 1, unisonPan = 0, unisonGain = 1;
-  float phaseInc = 0;
+  float keyHz = 0, keyOctaves = 0;  // octaves from middle C, and of which frequency
 
   // Level.
   float velocity = 1, targetVelocity = 1;

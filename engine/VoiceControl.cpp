@@ -92,7 +92,13 @@ void controlFilter(EngineCore& core, Voice& v, const Track& track, const Modulat
   if (amount != 0)
     octaves += amount * 4 * (v.control.ownFilterEnv ? v.filterEnv.level : std::fabs(v.contour));
   if (track.velocity_brightness > 0) octaves += track.velocity_brightness * 4 * (v.velocity - 1);
-  if (track.key_track > 0) octaves += track.key_track * float(math::log2(double(v.frequency) / 261.63));
+  if (track.key_track > 0) {
+    if (v.keyHz != v.frequency) {
+      v.keyHz = v.frequency;
+      v.keyOctaves = float(math::log2(double(v.frequency) / 261.63));
+    }
+    octaves += track.key_track * v.keyOctaves;
+  }
   float hz = voiceParam(core, v, CUTOFF);
   if (octaves != 0) hz *= dsp::exp2Fast(octaves);
   hz = std::clamp(hz, 20.0f, rate * 0.42f);

@@ -8,6 +8,11 @@
 #include "engine/dsp/Random.h"
 
 namespace synth::drums {
+
+using dsp::Block;
+using dsp::f4;
+using dsp::splat;
+
 namespace {
 
 constexpr float silence = 1e-5f;
@@ -30,7 +35,7 @@ void Hit::start(const Setting& setting, u64 serial, double rate) {
   const Traits& traits = traitsOf(s_.model);
   f0_ = s_.baseHz > 0 && traits.pitched ? s_.baseHz : traits.hz;
   envCoefficient_ = float(sixtyDb(traits.decay * 0.01 * math::pow(500, double(s_.decay)), rate_));
-  holdLeft_ = float(s_.hold * rate_);
+  holdLeft_ = i32(s_.hold * rate_);
   attackStep_ = float(1 / (rate_ * (0.00015 + 0.0025 * (1 - s_.snap))));
   sweepAmount_ = traits.sweep * s_.sweep * s_.sweep;
   sweepHoldLeft_ = int(s_.sweepHold * rate_);
@@ -49,46 +54,82 @@ float Hit::semitonesAt(double t) const {
 // Every sixteen samples of the hit: the slow part of the pitch, which moves on a line between ticks.
 void Hit::tick(float ratio) {
   const double t = age_ / rate_;
-  external_ = ratio;
   for (Decay& d : decay_) d.value = dsp::flushed(d.value);
+  for (OnePole& p : pole_) p.y = dsp::flushed(p.y);
+  for (dsp::SvfState& s : state_) s.flush();
   sweep_.value = dsp::flushed(sweep_.value);
-  base_ = float(math::exp2(semitonesAt(t) / 12.0));
-  baseStep_ = float((math::exp2(semitonesAt(t + 16 / rate_) / 12.0) - base_) / 16);
-  Recipes::tick(*this, base_ * external_ * (1 + sweepAmount_ * sweep_.value));
+  const bool first = age_ == 0;
+  if (s_.tailDrift != 0 || s_.drop > 0 || first) {
+    base_ = float(math::exp2(semitonesAt(t) / 12.0));
+    baseStep_ = float((math::exp2(semitonesAt(t + 16 / rate_) / 12.0) - base_) / 16);
+  }
+  Recipes::tick(*this, base_ * ratio * (1 + sweepAmount_ * sweep_.value));
 }
 
-Hit::Frame Hit::frame() {
-  Frame f;
-  f.t = float(age_ / rate_);
-  f.A = env_;
-  f.held = holdLeft_ > 0;
-  if (f.held)
-    holdLeft_ -= 1;
-  else
-    env_ *= envCoefficient_;
-  f.at = std::min(1.0f, float(age_) * attackStep_);
-  f.r = base_ * external_ * (1 + sweepAmount_ * sweep_.value);
-  base_ += baseStep_;
-  if (sweepHoldLeft_ > 0)
-    sweepHoldLeft_--;
-  else
-    sweep_.value *= sweep_.coefficient;
-  f.n = dsp::white(seed_);
-  age_++;
-  return f;
+void Hit::fill(Stretch& s, const float* ratios) {
+  s.age = age_;
+  s.held = std::min(s.n, holdLeft_);
+  holdLeft_ -= s.held;
+  const int swept = std::min(s.n, sweepHoldLeft_);
+  sweepHoldLeft_ -= swept;
+  Block sweep;
+  for (int i = 0; i < s.n; i++) {
+    s.A[i] = env_;
+    if (i >= s.held) env_ *= envCoefficient_;
+    sweep[i] = sweep_.value;
+    if (i >= swept) sweep_.value *= sweep_.coefficient;
+    s.noise[i] = dsp::white(seed_);
+  }
+  for (int i = s.n; i < dsp::segment; i++) s.A[i] = sweep[i] = s.noise[i] = 0;
+  const f4 count = {0, 1, 2, 3};
+  for (int q = 0; q < dsp::quads(s.n); q++) {
+    const f4 at = count + splat(float(4 * q)), sinceTick = at + splat(float(age_ & 15));
+    s.at.put(q, dsp::min(splat(1), (at + splat(float(age_))) * splat(attackStep_)));
+    f4 r = (splat(base_) + splat(baseStep_) * sinceTick) * (splat(1) + splat(sweepAmount_) * sweep.at(q));
+    if (ratios) r *= dsp::load(ratios + 4 * q);
+    s.r.put(q, r);
+  }
+  age_ += u32(s.n);
 }
 
-int Hit::render(float* out, int n, float ratio) {
-  const float* sine = dsp::sineTable();
+// Samples within one tick.
+int Hit::renderStretch(float* out, int n, const float* ratios) {
+  alignas(16) float ratio[dsp::segment];
+  if (ratios) {
+    std::copy_n(ratios, n, ratio);
+    std::fill(ratio + n, ratio + dsp::segment, 1.0f);
+  }
+  if ((age_ & 15) == 0) tick(ratios ? ratio[0] : 1);
+  Stretch s;
+  s.n = n;
+  const float envBefore = env_;
+  fill(s, ratios ? ratio : nullptr);
+  Block x;
+  Recipes::render(*this, s, x);
+  if (drive_.blend > 0)
+    for (int q = 0; q < dsp::quads(n); q++) x.put(q, drive::shape(drive_, dsp::sineTable(), x.at(q)));
+  int lives = n;
+  if (gateCoefficient_ < 1 || env_ * gate_ < silence) {
+    float env = envBefore;
+    for (int i = 0; i < n; i++) {
+      x[i] *= gate_;
+      gate_ *= gateCoefficient_;
+      if (i >= s.held) env *= envCoefficient_;
+      if (env * gate_ >= silence) continue;
+      done_ = true;
+      lives = i + 1;
+      break;
+    }
+  }
+  std::copy_n(x.v, lives, out);
+  return lives;
+}
+
+int Hit::render(float* out, int n, const float* ratios) {
   int i = 0;
-  for (; i < n && !done_; i++) {
-    if ((age_ & 15) == 0) tick(ratio);
-    float x = Recipes::sample(*this, frame(), sine);
-    if (drive_.blend > 0) x = drive::shape(drive_, sine, x);
-    x *= gate_;
-    gate_ *= gateCoefficient_;
-    if (env_ * gate_ < silence) done_ = true;
-    out[i] = std::isfinite(x) ? x : 0;
+  while (i < n && !done_) {
+    const int part = std::min(n - i, 16 - int(age_ & 15));
+    i += renderStretch(out + i, part, ratios ? ratios + i : nullptr);
   }
   std::fill(out + i, out + n, 0.0f);
   return i;

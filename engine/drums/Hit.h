@@ -4,7 +4,7 @@
 
 #include "core/Project.h"
 #include "engine/Drive.h"
-#include "engine/dsp/Block.h"
+#include "engine/dsp/Phase.h"
 #include "engine/dsp/Svf.h"
 
 namespace synth::drums {
@@ -38,26 +38,19 @@ struct Setting {
 // An exponential from 1 towards 0.
 struct Decay {
   float value = 1, coefficient = 0;
-
-  float next() {
-    const float v = value;
-    value *= coefficient;
-    return v;
-  }
 };
 
 struct OnePole {
   float c = 1, y = 0;
-  float low(float x) { return y += c * (x - y); }
 };
 
 class Hit {
  public:
   // The serial seeds the noise: every hit sounds a little different, and one render repeats exactly.
   void start(const Setting& setting, u64 serial, double rate);
-  // Writes n samples, zeros where the hit has died away; `ratio` is a pitch ratio on top of the hit's own.
-  // Returns how many of them the hit lived through.
-  int render(float* out, int n, float ratio);
+  // Writes n samples, at most a segment, with zeros where the hit has died away. `ratios`, if not null,
+  // are pitch ratios on top of the hit's own. Returns how many samples the hit lived through.
+  int render(float* out, int n, const float* ratios = nullptr);
   // What fadeOut() takes away, to be applied behind any filter so that none rings past the end. Returns how
   // many samples the hit lived through; the others become zeros.
   int fade(float* x, int n);
@@ -70,10 +63,11 @@ class Hit {
   float pitchRatio() const { return base_; }
   bool done() const { return done_; }
 
-  // The common frame, for the models.
-  struct Frame {
-    float A, at, r, n, t;  // envelope, attack, pitch ratio, noise, seconds
-    bool held;             // the envelope has not begun to fall
+  // What the models get: a stretch that no tick of the hit cuts, at most sixteen samples.
+  struct Stretch {
+    int n = 0, held = 0;         // samples in all, and those before the envelope begins to fall
+    u32 age = 0;                 // in samples at its start
+    dsp::Block A, at, r, noise;  // envelope, attack, pitch ratio, white noise
   };
 
  private:
@@ -81,21 +75,25 @@ class Hit {
 
   void tick(float ratio);
   float semitonesAt(double t) const;
-  Frame frame();
+  void fill(Stretch& s, const float* ratios);
+  int renderStretch(float* out, int n, const float* ratios);
 
   Setting s_;
   double rate_ = 48000;
   u32 age_ = 0, seed_ = 1;
-  float env_ = 1, envCoefficient_ = 0, holdLeft_ = 0, attackStep_ = 1;
+  float env_ = 1, envCoefficient_ = 0, attackStep_ = 1;
+  i32 holdLeft_ = 0;  // samples until the envelope falls
   Decay sweep_;
-  int sweepHoldLeft_ = 0;
-  float sweepAmount_ = 0, base_ = 1, baseStep_ = 0, external_ = 1;
+  i32 sweepHoldLeft_ = 0;
+  float sweepAmount_ = 0, base_ = 1, baseStep_ = 0;  // pitch ratio at the last tick, and its step a sample
   float gate_ = 1, gateCoefficient_ = 1;
-  int fadeLeft_ = -1, fadeTotal_ = 1;
+  i32 fadeLeft_ = -1, fadeTotal_ = 1;
   bool done_ = true;
   drive::Curve drive_;
   // The models' own memory.
-  float f0_ = 50, phase_[6] = {};
+  float f0_ = 50;
+  int hands_ = 0;  // of a clap, so far
+  dsp::Phase phase_[6] = {};
   Decay decay_[3];
   OnePole pole_[2];
   dsp::Svf filter_[3];

@@ -10,9 +10,9 @@
 namespace synth::drums {
 namespace {
 
-using dsp::sineAt;
-using dsp::sineOf;
-using dsp::Svf;
+using namespace dsp;
+
+constexpr float inRadians = 0.15915494f;  // 1 / (2 pi): a radian in cycles
 
 constexpr Traits traits[models] = {
     {50, 2, 12, 0.028f, true},         // KICK
@@ -33,20 +33,23 @@ constexpr Traits traits[models] = {
 // The six square oscillators of the classic analogue cymbal circuit (Werner, Abel and Smith, DAFx 2014).
 constexpr float metalHz[6] = {205.3f, 304.4f, 369.6f, 522.7f, 540, 800};
 
-float advance(float& phase, float step) {
-  const float p = phase;
-  phase = dsp::wrapped(phase + std::min(step, 0.45f));
-  return p;
+f4 square(u4 phase, f4 step) {
+  const f4 p = unit(phase), inverse = splat(1) / step;
+  const i4 first = p < splat(0.5f);
+  const f4 half = p + select(first, splat(0.5f), splat(-0.5f));
+  return select(first, splat(1), splat(-1)) + poly(p, step, inverse) - poly(half, step, inverse);
 }
 
-float square(float p, float step) {
-  return (p < 0.5f ? 1.0f : -1.0f) + dsp::poly(p, step) - dsp::poly(p >= 0.5f ? p - 0.5f : p + 0.5f, step);
-}
+// A phase shift of well under half a cycle.
+u4 bent(u4 phase, f4 cycles) { return phase + phaseStep(cycles); }
 
 float poleAt(double hz, double rate) {
   return float(1 - math::exp(-2 * math::pi * std::min(hz, rate * 0.45) / rate));
 }
 float power(double base, double exponent) { return float(math::pow(base, exponent)); }
+
+float clapSpacing(const Setting& s) { return 0.0115f - 0.004f * s.snap; }
+float shakerRise(const Setting& s) { return 0.004f + 0.03f * (1 - s.snap); }
 
 }  // namespace
 
@@ -73,6 +76,8 @@ void Recipes::setUp(Hit& h) {
     case CLAP:
       h.decay_[0].coefficient = seconds(0.0045);
       h.filter_[1] = svf(2600, 0.7f);
+      // The tail keeps its level until the last hand is through.
+      h.holdLeft_ = std::max(h.holdLeft_, i32(2.6 * clapSpacing(s) * rate));
       break;
     case CLOSED_HAT:
     case OPEN_HAT:
@@ -92,7 +97,10 @@ void Recipes::setUp(Hit& h) {
       h.filter_[0] = svf(250 + 700 * s.tone, 1.41f);
       break;
     case COWBELL: h.decay_[0].coefficient = seconds(0.012); break;
-    case SHAKER: h.filter_[1] = svf(3000, 1.41f); break;
+    case SHAKER:
+      h.filter_[1] = svf(3000, 1.41f);
+      h.holdLeft_ = std::max(h.holdLeft_, i32(shakerRise(s) * rate));
+      break;
     case CYMBAL:
       h.decay_[0].coefficient = faster(2);
       h.decay_[1].coefficient = seconds(0.02);
@@ -122,95 +130,217 @@ void Recipes::tick(Hit& h, float r) {
   }
 }
 
-float Recipes::sample(Hit& h, const Hit::Frame& f, const float* sine) {
-  const Setting& s = h.s_;
-  const float inverse = float(1 / h.rate_), step = h.f0_ * f.r * inverse;
-  auto osc = [&](int k, float ratio) { return sineAt(sine, advance(h.phase_[k], step * ratio)); };
-  auto band = [&](int k, float x) { return h.filter_[k].k * h.state_[k].run(h.filter_[k], x).band; };
-  auto high = [&](int k, float x) {
-    const dsp::SvfOut o = h.state_[k].run(h.filter_[k], x);
-    return x - h.filter_[k].k * o.band - o.low;
-  };
-  // A power of the envelope: it waits with it while the hit is held.
-  auto power = [&](int k) { return f.held ? h.decay_[k].value : h.decay_[k].next(); };
-  auto metal = [&](float scale) {
-    float sum = 0;
-    for (int k = 0; k < 6; k++) {
-      const float w = std::min(metalHz[k] * scale * inverse, 0.45f);
-      sum += square(advance(h.phase_[k], w), w);
+namespace {
+
+// One stretch of a model in the making: the parts that recipes are written in.
+struct Mix {
+  const Hit::Stretch& s;
+  Block& out;
+  float inverseRate;
+  Block step;  // of the model's own oscillator, in cycles a sample
+
+  template <class Sample>
+  void each(Sample sample) const {
+    for (int q = 0; q < quads(s.n); q++) out.put(q, sample(q));
+  }
+  // Phases of an oscillator at `ratio` times the model's own.
+  PhaseBlock phases(Phase& phase, float ratio = 1) const {
+    Block inc;
+    for (int q = 0; q < segment / 4; q++) inc.put(q, min(step.at(q) * splat(ratio), splat(0.45f)));
+    PhaseBlock p;
+    advance(phase, inc, p, s.n);
+    return p;
+  }
+  Block falling(Decay& d, int from = 0) const {
+    Block b;
+    for (int i = 0; i < s.n; i++) {
+      b[i] = d.value;
+      if (i >= from) d.value *= d.coefficient;
     }
-    return sum * (1.0f / 6);
-  };
-  switch (s.model) {
+    return b;
+  }
+  // A power of the envelope: it waits with it while the hit is held.
+  Block power(Decay& d) const { return falling(d, s.held); }
+  Block low(OnePole& p, const Block& x) const {
+    Block b;
+    for (int i = 0; i < s.n; i++) b[i] = p.y += p.c * (x[i] - p.y);
+    return b;
+  }
+  Block band(const Svf& f, SvfState& state, const Block& x) const {
+    Block b;
+    for (int i = 0; i < s.n; i++) b[i] = f.k * state.step(f, x[i]).band;
+    return b;
+  }
+  Block high(const Svf& f, SvfState& state, const Block& x) const {
+    Block b;
+    for (int i = 0; i < s.n; i++) {
+      const SvfOut o = state.step(f, x[i]);
+      b[i] = x[i] - f.k * o.band - o.low;
+    }
+    return b;
+  }
+  Block metal(Phase (&phase)[6], float scale) const {
+    Block sum;
+    sum.fill(0);
+    for (int k = 0; k < 6; k++) {
+      Block inc;
+      for (int q = 0; q < segment / 4; q++)
+        inc.put(q, min(splat(metalHz[k] * scale * inverseRate) * s.r.at(q), splat(0.45f)));
+      PhaseBlock p;
+      advance(phase[k], inc, p, s.n);
+      for (int q = 0; q < quads(s.n); q++) sum.put(q, sum.at(q) + square(p.at(q), inc.at(q)));
+    }
+    for (int q = 0; q < quads(s.n); q++) sum.put(q, sum.at(q) * splat(1.0f / 6));
+    return sum;
+  }
+};
+
+}  // namespace
+
+void Recipes::render(Hit& h, const Hit::Stretch& s, Block& out) {
+  const Setting& set = h.s_;
+  const float tone = set.tone, snap = set.snap;
+  Mix m{s, out, float(1 / h.rate_), {}};
+  for (int q = 0; q < segment / 4; q++) m.step.put(q, splat(h.f0_ * m.inverseRate) * s.r.at(q));
+  switch (set.model) {
     case SNARE: {
-      const float body =
-          (1 - 0.45f * s.tone) * f.at * (0.55f * osc(0, 1) * power(0) + 0.35f * osc(1, 1.78f) * power(1));
-      const float hiss = high(0, f.n);
-      return body + h.pole_[0].low(hiss) * (0.5f + 0.6f * s.tone) * f.A +
-             0.6f * s.snap * hiss * h.decay_[2].next();
+      const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.78f);
+      const Block first = m.power(h.decay_[0]), second = m.power(h.decay_[1]), click = m.falling(h.decay_[2]);
+      const Block hiss = m.high(h.filter_[0], h.state_[0], s.noise), wires = m.low(h.pole_[0], hiss);
+      return m.each([&](int q) {
+        const f4 body =
+            splat(0.55f) * sinePoly(a.at(q)) * first.at(q) + splat(0.35f) * sinePoly(b.at(q)) * second.at(q);
+        return splat(1 - 0.45f * tone) * s.at.at(q) * body +
+               splat(0.5f + 0.6f * tone) * wires.at(q) * s.A.at(q) +
+               splat(0.6f * snap) * hiss.at(q) * click.at(q);
+      });
     }
     case CLAP: {
-      const float spacing = 0.0115f - 0.004f * s.snap;
-      // Three hands, each newer one the louder; phase_[0] counts them.
-      if (h.phase_[0] < 3 && f.t >= h.phase_[0] * spacing) {
-        h.decay_[0].value = 1;
-        h.phase_[0] += 1;
+      // Three hands, each of them starting its own burst; then the tail.
+      const float spacing = clapSpacing(set), rate = 1 / m.inverseRate;
+      Block g;
+      for (int i = 0; i < s.n; i++) {
+        const float age = float(s.age + u32(i));
+        if (h.hands_ < 3 && age >= float(h.hands_) * spacing * rate) {
+          h.decay_[0].value = 1;
+          h.hands_++;
+        }
+        g[i] = h.decay_[0].value;
+        h.decay_[0].value *= h.decay_[0].coefficient;
+        if (age >= 2.6f * spacing * rate) g[i] = std::max(g[i], 0.85f * s.A[i]);
       }
-      float g = h.decay_[0].next();
-      // The tail keeps its level until the last hand is through.
-      if (f.t < 2.6f * spacing)
-        h.env_ = 1;
-      else
-        g = std::max(g, 0.85f * f.A);
-      return 1.6f * g * (1.35f * band(0, f.n) + 0.35f * s.tone * band(1, f.n));
+      const Block body = m.band(h.filter_[0], h.state_[0], s.noise);
+      const Block edge = m.band(h.filter_[1], h.state_[1], s.noise);
+      return m.each([&](int q) {
+        return splat(1.6f) * g.at(q) * (splat(1.35f) * body.at(q) + splat(0.35f * tone) * edge.at(q));
+      });
     }
     case CLOSED_HAT:
     case OPEN_HAT: {
-      const float x = metal(1.35f * f.r) * (1.2f - 0.4f * s.tone) + f.n * (0.15f + 0.35f * s.tone);
-      const float edge = high(0, x);
-      return (0.9f * edge + 0.8f * band(1, edge)) * f.A * f.at + 0.3f * s.snap * edge * h.decay_[0].next();
+      Block x = m.metal(h.phase_, 1.35f);
+      for (int q = 0; q < quads(s.n); q++)
+        x.put(q, x.at(q) * splat(1.2f - 0.4f * tone) + s.noise.at(q) * splat(0.15f + 0.35f * tone));
+      const Block edge = m.high(h.filter_[0], h.state_[0], x), body = m.band(h.filter_[1], h.state_[1], edge);
+      const Block click = m.falling(h.decay_[0]);
+      return m.each([&](int q) {
+        return (splat(0.9f) * edge.at(q) + splat(0.8f) * body.at(q)) * s.A.at(q) * s.at.at(q) +
+               splat(0.3f * snap) * edge.at(q) * click.at(q);
+      });
     }
-    case TOM:
-      return 0.85f * osc(0, 1) * f.A * f.at + 0.25f * s.tone * osc(1, 1.59f) * power(0) +
-             h.pole_[0].low(f.n) * (0.5f * s.snap * h.decay_[1].next() + 0.06f * s.tone * f.A);
-    case RIM:
-      return high(0, 0.6f * osc(0, 1) * f.A + 0.5f * osc(1, 3.47f) * power(0) +
-                         0.25f * osc(2, 5.1f) * power(1) + 1.2f * s.snap * f.n * h.decay_[2].next());
+    case TOM: {
+      const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.59f);
+      const Block second = m.power(h.decay_[0]), click = m.falling(h.decay_[1]);
+      const Block air = m.low(h.pole_[0], s.noise);
+      return m.each([&](int q) {
+        return splat(0.85f) * sinePoly(a.at(q)) * s.A.at(q) * s.at.at(q) +
+               splat(0.25f * tone) * sinePoly(b.at(q)) * second.at(q) +
+               air.at(q) * (splat(0.5f * snap) * click.at(q) + splat(0.06f * tone) * s.A.at(q));
+      });
+    }
+    case RIM: {
+      const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 3.47f),
+                       c = m.phases(h.phase_[2], 5.1f);
+      const Block second = m.power(h.decay_[0]), third = m.power(h.decay_[1]), click = m.falling(h.decay_[2]);
+      m.each([&](int q) {
+        return splat(0.6f) * sinePoly(a.at(q)) * s.A.at(q) + splat(0.5f) * sinePoly(b.at(q)) * second.at(q) +
+               splat(0.25f) * sinePoly(c.at(q)) * third.at(q) +
+               splat(1.2f * snap) * s.noise.at(q) * click.at(q);
+      });
+      out = m.high(h.filter_[0], h.state_[0], out);
+      return;
+    }
     case COWBELL: {
-      const float w = std::min(step, 0.45f), v = std::min(step * 1.4815f, 0.45f);
-      const float x = square(advance(h.phase_[0], w), w) + square(advance(h.phase_[1], v), v);
-      return 0.5f * band(0, x) * (0.45f * (0.5f + s.snap) * h.decay_[0].next() + 0.55f * f.A);
+      Block x;
+      const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.4815f);
+      for (int q = 0; q < quads(s.n); q++)
+        x.put(q, square(a.at(q), min(m.step.at(q), splat(0.45f))) +
+                     square(b.at(q), min(m.step.at(q) * splat(1.4815f), splat(0.45f))));
+      const Block body = m.band(h.filter_[0], h.state_[0], x), click = m.falling(h.decay_[0]);
+      return m.each([&](int q) {
+        return splat(0.5f) * body.at(q) *
+               (splat(0.45f * (0.5f + snap)) * click.at(q) + splat(0.55f) * s.A.at(q));
+      });
     }
     case SHAKER: {
-      const float rise = (0.004f + 0.03f * (1 - s.snap));
-      const float ramp = std::min(f.t / rise, 1.0f);
-      if (ramp < 1) h.env_ = 1;
-      return 1.6f * high(1, band(0, f.n)) * ramp * ramp * f.A;
+      const Block body = m.band(h.filter_[0], h.state_[0], s.noise);
+      const Block grains = m.high(h.filter_[1], h.state_[1], body);
+      const f4 share = splat(m.inverseRate / shakerRise(set)), count = {0, 1, 2, 3};
+      return m.each([&](int q) {
+        const f4 ramp = min((count + splat(float(s.age + u32(4 * q)))) * share, splat(1));
+        return splat(1.6f) * grains.at(q) * ramp * ramp * s.A.at(q);
+      });
     }
     case CYMBAL: {
-      const float x = metal(1.9f * f.r) + 0.35f * f.n;
-      const float edge = high(0, x);
-      return f.A * (0.6f * band(2, x) * power(0) + 0.9f * edge + 0.5f * band(1, edge)) +
-             0.4f * s.snap * edge * h.decay_[1].next();
+      Block x = m.metal(h.phase_, 1.9f);
+      for (int q = 0; q < quads(s.n); q++) x.put(q, x.at(q) + splat(0.35f) * s.noise.at(q));
+      const Block edge = m.high(h.filter_[0], h.state_[0], x), body = m.band(h.filter_[2], h.state_[2], x);
+      const Block bell = m.band(h.filter_[1], h.state_[1], edge);
+      const Block second = m.power(h.decay_[0]), click = m.falling(h.decay_[1]);
+      return m.each([&](int q) {
+        return s.A.at(q) * (splat(0.6f) * body.at(q) * second.at(q) + splat(0.9f) * edge.at(q) +
+                            splat(0.5f) * bell.at(q)) +
+               splat(0.4f * snap) * edge.at(q) * click.at(q);
+      });
     }
     case ZAP: {
-      const float p = advance(h.phase_[0], step);
-      const float bend = 0.35f * s.tone * f.A * sineOf(sine, 2 * p) * float(1 / (2 * math::pi));
-      return 0.9f * sineOf(sine, p + bend) * f.A * f.at + 0.3f * s.snap * f.n * h.decay_[0].next();
+      const PhaseBlock a = m.phases(h.phase_[0]);
+      const Block click = m.falling(h.decay_[0]);
+      return m.each([&](int q) {
+        const u4 p = a.at(q);
+        const f4 bend = splat(0.35f * tone * inRadians) * s.A.at(q) * sinePoly(p + p);
+        return splat(0.9f) * sinePoly(bent(p, bend)) * s.A.at(q) * s.at.at(q) +
+               splat(0.3f * snap) * s.noise.at(q) * click.at(q);
+      });
     }
-    case CONGA:
-      return f.at * (0.7f * osc(0, 1) * f.A + 0.3f * osc(1, 1.504f) * power(0)) +
-             0.8f * s.snap * band(0, f.n) * h.decay_[1].next();
+    case CONGA: {
+      const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.504f);
+      const Block second = m.power(h.decay_[0]), click = m.falling(h.decay_[1]);
+      const Block hand = m.band(h.filter_[0], h.state_[0], s.noise);
+      return m.each([&](int q) {
+        return s.at.at(q) * (splat(0.7f) * sinePoly(a.at(q)) * s.A.at(q) +
+                             splat(0.3f) * sinePoly(b.at(q)) * second.at(q)) +
+               splat(0.8f * snap) * hand.at(q) * click.at(q);
+      });
+    }
     case NOISE: {
-      const dsp::SvfOut o = h.state_[0].run(h.filter_[0], f.n);
-      return (0.63f * o.low + 0.95f * o.band) * f.A * f.at;
+      for (int i = 0; i < s.n; i++) {
+        const SvfOut o = h.state_[0].step(h.filter_[0], s.noise[i]);
+        out[i] = (0.63f * o.low + 0.95f * o.band) * s.A[i] * s.at[i];
+      }
+      return;
     }
     default: {
-      const float p = advance(h.phase_[0], step);
-      const float bend = 0.1f * s.tone * sineAt(sine, p) * float(1 / (2 * math::pi));
-      const float click = 0.45f * h.pole_[0].low(f.n) +
-                          0.35f * sineAt(sine, advance(h.phase_[1], 1800 * (1 + s.tone) * inverse));
-      return 0.9f * sineOf(sine, p + bend) * f.at * f.A + s.snap * h.decay_[0].next() * click;
+      const PhaseBlock a = m.phases(h.phase_[0]);
+      const Phase beater = phaseStep(1800 * (1 + tone) * m.inverseRate), from = h.phase_[1];
+      const Block click = m.falling(h.decay_[0]), thump = m.low(h.pole_[0], s.noise);
+      h.phase_[1] += u32(s.n) * beater;
+      const u4 count = {0, 1, 2, 3};
+      return m.each([&](int q) {
+        const u4 p = a.at(q), b = (count + u32(4 * q)) * beater + from;
+        const f4 bend = splat(0.1f * tone * inRadians) * sinePoly(p);
+        return splat(0.9f) * sinePoly(bent(p, bend)) * s.at.at(q) * s.A.at(q) +
+               splat(snap) * click.at(q) * (splat(0.45f) * thump.at(q) + splat(0.35f) * sinePoly(b));
+      });
     }
   }
 }

@@ -18,7 +18,7 @@ struct Recipes {
   static void setUp(Hit& h);
   // Every sixteen samples: what follows the pitch ratio `r`.
   static void tick(Hit& h, float r);
-  static float sample(Hit& h, const Hit::Frame& f, const float* sine);
+  static void render(Hit& h, const Hit::Stretch& s, dsp::Block& out);
 };
 
 }  // namespace synth::drums

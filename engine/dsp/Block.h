@@ -22,11 +22,25 @@ struct alignas(16) Block {
 
 inline constexpr int quads(int n) { return (n + 3) / 4; }
 
+// All bits where sample `4 * quad + k` lies within the first n.
+inline i4 within(int quad, int n) {
+  const int left = n - 4 * quad;
+  return i4{left, left, left, left} > i4{0, 1, 2, 3};
+}
+
 // Whether the first n samples are all exactly 0.
 inline bool silent(const Block& b, int n) {
-  for (int i = 0; i < n; i++)
-    if (b[i] != 0) return false;
-  return true;
+  i4 sounds = {};
+  for (int q = 0; q < quads(n); q++) sounds |= (b.at(q) != splat(0)) & within(q, n);
+  return !any(sounds);
+}
+
+// The largest magnitude of the first n samples.
+inline float peakOf(const Block& b, int n) {
+  f4 most = splat(0);
+  for (int q = 0; q < quads(n); q++) most = max(most, onlyWhere(within(q, n), abs(b.at(q))));
+  const f4 pair = max(most, __builtin_shufflevector(most, most, 2, 3, 0, 1));
+  return pair[0] > pair[1] ? pair[0] : pair[1];
 }
 
 }  // namespace synth::dsp

@@ -39,6 +39,19 @@ inline f4 sineAt(const float* table, u4 p) {
   return a + (b - a) * fraction;
 }
 
+// sin(2 pi p) by a polynomial on the quarter turn that p folds into; for LFOs, which read no table.
+inline f4 sinePoly(u4 p) {
+  i4 v = (i4)p;
+  const i4 fold = (i4)((u4)v ^ ((u4)v << 1)) >> 31;
+  v = (i4)(((u4)v ^ (u4)fold) - (u4)fold + ((u4)fold & 0x80000000u));
+  const f4 x = toFloats(v) * splat(1.46291808e-9f), z = x * x;  // 2 pi / 2^32
+  return x * (splat(1) +
+              z * (splat(-0.16666667f) +
+                   z * (splat(0.008333334f) + z * (splat(-0.0001984127f) + z * splat(2.7557319e-6f)))));
+}
+inline float sinePoly(Phase p) { return sinePoly(u4{p, p, p, p})[0]; }
+inline constexpr Phase quarterTurn = 0x40000000u;
+
 // The phases of a segment.
 struct alignas(16) PhaseBlock {
   Phase v[segment + 4];

@@ -44,5 +44,8 @@ inline float modulationRoom(float inc) {
   const float room = (0.42f - inc) / (8 * inc + 0.06f);
   return room < 0 ? 0 : room > 1 ? 1 : room;
 }
+inline dsp::f4 modulationRoom(dsp::f4 inc) {
+  return dsp::clamp((dsp::splat(0.42f) - inc) / (dsp::splat(8) * inc + dsp::splat(0.06f)), 0, 1);
+}
 
 }  // namespace synth::kinds

@@ -18,7 +18,7 @@ std::vector<float> hit(const Setting& setting, double seconds = 1, u64 serial = 
   Hit h;
   h.start(setting, serial, 48000);
   std::vector<float> x(size_t(seconds * 48000));
-  h.render(x.data(), int(x.size()), 1);
+  h.render(x.data(), int(x.size()));
   return x;
 }
 

@@ -149,7 +149,7 @@ TEST_F(TrackChain, DuckingFollowsNoteStartsEvenOfAMutedSource) {
 }
 
 TEST_F(TrackChain, ChorusAndEnsembleWidenAndChangeTypeWithoutAClick) {
-  for (int type : {ModFx::Chorus, ModFx::Ensemble}) {
+  for (int type : {ModFx::ChorusType, ModFx::EnsembleType}) {
     track.mod_type = u8(type);
     track.mod_mix = 1;
     const Audio a = sine(69, 1);

@@ -1,0 +1,97 @@
+// What the modulation effects of a Track share: their parameters as they stand between two ticks, and the
+// stretch of at most eight samples that they work on.
+#pragma once
+
+#include "core/Project.h"
+#include "engine/dsp/DelayLine.h"
+
+namespace synth::modfx {
+
+inline constexpr int tickLength = 8;
+
+struct Params {
+  float rate = 48000;  // of the samples
+  float hz = 0.5f, depth = 0.5f, feedback = 0, tone = 0.5f;
+  float mix = 0.5f;   // 0..1, as the Track has it
+  bool hush = false;  // what makes noise by itself is to fall silent
+};
+
+// Dry in, wet out. Samples past n are finite and unused.
+struct alignas(16) Piece {
+  int n = 0;
+  float l[tickLength], r[tickLength];
+
+  dsp::f4 left(int quad) const { return dsp::load(l + 4 * quad); }
+  dsp::f4 right(int quad) const { return dsp::load(r + 4 * quad); }
+};
+
+// The two delay lines that the effects share; `at` numbers the newest sample.
+struct Lines {
+  dsp::DelayLine l, r;
+  u32 at = 0;
+
+  void write(const Piece& x) {
+    for (int i = 0; i < x.n; i++) {
+      l.put(at + u32(i) + 1, dsp::flushed(x.l[i]));
+      r.put(at + u32(i) + 1, dsp::flushed(x.r[i]));
+    }
+  }
+  // The numbers of four samples of the piece being written.
+  dsp::u4 numbers(int quad) const {
+    const u32 first = at + 1 + u32(4 * quad);
+    return dsp::u4{first, first + 1, first + 2, first + 3};
+  }
+  void clear() {
+    l.clear();
+    r.clear();
+    at = 0;
+  }
+};
+
+// The phases of four samples, `step` apart.
+inline dsp::u4 phasesFrom(dsp::Phase first, dsp::Phase step, int quad) {
+  const dsp::Phase p = first + u32(4 * quad) * step;
+  return dsp::u4{p, p + step, p + 2 * step, p + 3 * step};
+}
+
+struct Chorus {
+  dsp::Phase phase = 0;
+  void run(Lines& lines, const Params& p, Piece& x);
+};
+
+// Three taps a channel, a third of a turn apart, on a slow and a fast LFO: a string machine.
+struct Ensemble {
+  dsp::Phase slow = 0, fast = 0;
+  void run(Lines& lines, const Params& p, Piece& x);
+};
+
+// A short delay swept by a raised cosine, fed back through a low pass.
+struct Flanger {
+  dsp::Phase phase = 0;
+  float low[2] = {}, lowTone = -1, lowShare = 1;
+  void tick(const Params& p);
+  void run(Lines& lines, const Params& p, Piece& x);
+};
+
+// Six first-order all-passes a side.
+struct Phaser {
+  dsp::Phase phase = 0;
+  float shift[2] = {}, step[2] = {};  // the all-passes' coefficient, on a line between ticks
+  float stage[2][6] = {}, last[2] = {};
+  bool started = false;
+  void tick(const Params& p);
+  void run(const Params& p, Piece& x);
+};
+
+// Wow, flutter, a worn band, dust and hiss.
+struct Vinyl {
+  dsp::Phase wow = 0, flutter = 0;
+  u32 seed = 0x2545F491u;
+  float high[2] = {}, low[2] = {}, hiss[2] = {};
+  float tick[2] = {}, tickOut[2] = {}, pop[2] = {}, popOut[2] = {};
+  float noise = 1;  // fades where the Track falls asleep
+  float tone = -1, highShare = 1, lowShare = 0;
+  void run(Lines& lines, const Params& p, Piece& x);
+};
+
+}  // namespace synth::modfx
