@@ -130,10 +130,8 @@ void Recipes::tick(Hit& h, float r) {
   }
 }
 
-namespace {
-
 // One stretch of a model in the making: the parts that recipes are written in.
-struct Mix {
+struct Recipes::Mix {
   const Hit::Stretch& s;
   Block& out;
   float inverseRate;
@@ -195,154 +193,171 @@ struct Mix {
   }
 };
 
-}  // namespace
+void Recipes::snare(Hit& h, const Mix& m) {
+  const float tone = h.s_.tone, snap = h.s_.snap;
+  const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.78f);
+  const Block first = m.power(h.decay_[0]), second = m.power(h.decay_[1]), click = m.falling(h.decay_[2]);
+  const Block hiss = m.high(h.filter_[0], h.state_[0], m.s.noise), wires = m.low(h.pole_[0], hiss);
+  m.each([&](int q) {
+    const f4 body =
+        splat(0.55f) * sinePoly(a.at(q)) * first.at(q) + splat(0.35f) * sinePoly(b.at(q)) * second.at(q);
+    return splat(1 - 0.45f * tone) * m.s.at.at(q) * body +
+           splat(0.5f + 0.6f * tone) * wires.at(q) * m.s.A.at(q) +
+           splat(0.6f * snap) * hiss.at(q) * click.at(q);
+  });
+}
+
+void Recipes::clap(Hit& h, const Mix& m) {
+  const float tone = h.s_.tone;
+  // Three hands, each of them starting its own burst; then the tail.
+  const float spacing = clapSpacing(h.s_), rate = 1 / m.inverseRate;
+  Block g;
+  for (int i = 0; i < m.s.n; i++) {
+    const float age = float(m.s.age + u32(i));
+    if (h.hands_ < 3 && age >= float(h.hands_) * spacing * rate) {
+      h.decay_[0].value = 1;
+      h.hands_++;
+    }
+    g[i] = h.decay_[0].value;
+    h.decay_[0].value *= h.decay_[0].coefficient;
+    if (age >= 2.6f * spacing * rate) g[i] = std::max(g[i], 0.85f * m.s.A[i]);
+  }
+  const Block body = m.band(h.filter_[0], h.state_[0], m.s.noise);
+  const Block edge = m.band(h.filter_[1], h.state_[1], m.s.noise);
+  m.each([&](int q) {
+    return splat(1.6f) * g.at(q) * (splat(1.35f) * body.at(q) + splat(0.35f * tone) * edge.at(q));
+  });
+}
+
+void Recipes::hat(Hit& h, const Mix& m) {
+  const float tone = h.s_.tone, snap = h.s_.snap;
+  Block x = m.metal(h.phase_, 1.35f);
+  for (int q = 0; q < quads(m.s.n); q++)
+    x.put(q, x.at(q) * splat(1.2f - 0.4f * tone) + m.s.noise.at(q) * splat(0.15f + 0.35f * tone));
+  const Block edge = m.high(h.filter_[0], h.state_[0], x), body = m.band(h.filter_[1], h.state_[1], edge);
+  const Block click = m.falling(h.decay_[0]);
+  m.each([&](int q) {
+    return (splat(0.9f) * edge.at(q) + splat(0.8f) * body.at(q)) * m.s.A.at(q) * m.s.at.at(q) +
+           splat(0.3f * snap) * edge.at(q) * click.at(q);
+  });
+}
+
+void Recipes::tom(Hit& h, const Mix& m) {
+  const float tone = h.s_.tone, snap = h.s_.snap;
+  const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.59f);
+  const Block second = m.power(h.decay_[0]), click = m.falling(h.decay_[1]);
+  const Block air = m.low(h.pole_[0], m.s.noise);
+  m.each([&](int q) {
+    return splat(0.85f) * sinePoly(a.at(q)) * m.s.A.at(q) * m.s.at.at(q) +
+           splat(0.25f * tone) * sinePoly(b.at(q)) * second.at(q) +
+           air.at(q) * (splat(0.5f * snap) * click.at(q) + splat(0.06f * tone) * m.s.A.at(q));
+  });
+}
+
+void Recipes::rim(Hit& h, const Mix& m) {
+  const float snap = h.s_.snap;
+  const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 3.47f),
+                   c = m.phases(h.phase_[2], 5.1f);
+  const Block second = m.power(h.decay_[0]), third = m.power(h.decay_[1]), click = m.falling(h.decay_[2]);
+  m.each([&](int q) {
+    return splat(0.6f) * sinePoly(a.at(q)) * m.s.A.at(q) + splat(0.5f) * sinePoly(b.at(q)) * second.at(q) +
+           splat(0.25f) * sinePoly(c.at(q)) * third.at(q) +
+           splat(1.2f * snap) * m.s.noise.at(q) * click.at(q);
+  });
+  m.out = m.high(h.filter_[0], h.state_[0], m.out);
+}
+
+void Recipes::cowbell(Hit& h, const Mix& m) {
+  const float snap = h.s_.snap;
+  Block x;
+  const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.4815f);
+  for (int q = 0; q < quads(m.s.n); q++)
+    x.put(q, square(a.at(q), min(m.step.at(q), splat(0.45f))) +
+                 square(b.at(q), min(m.step.at(q) * splat(1.4815f), splat(0.45f))));
+  const Block body = m.band(h.filter_[0], h.state_[0], x), click = m.falling(h.decay_[0]);
+  m.each([&](int q) {
+    return splat(0.5f) * body.at(q) *
+           (splat(0.45f * (0.5f + snap)) * click.at(q) + splat(0.55f) * m.s.A.at(q));
+  });
+}
+
+void Recipes::shaker(Hit& h, const Mix& m) {
+  const Block body = m.band(h.filter_[0], h.state_[0], m.s.noise);
+  const Block grains = m.high(h.filter_[1], h.state_[1], body);
+  const f4 share = splat(m.inverseRate / shakerRise(h.s_)), count = {0, 1, 2, 3};
+  m.each([&](int q) {
+    const f4 ramp = min((count + splat(float(m.s.age + u32(4 * q)))) * share, splat(1));
+    return splat(1.6f) * grains.at(q) * ramp * ramp * m.s.A.at(q);
+  });
+}
+
+void Recipes::cymbal(Hit& h, const Mix& m) {
+  const float snap = h.s_.snap;
+  Block x = m.metal(h.phase_, 1.9f);
+  for (int q = 0; q < quads(m.s.n); q++) x.put(q, x.at(q) + splat(0.35f) * m.s.noise.at(q));
+  const Block edge = m.high(h.filter_[0], h.state_[0], x), body = m.band(h.filter_[2], h.state_[2], x);
+  const Block bell = m.band(h.filter_[1], h.state_[1], edge);
+  const Block second = m.power(h.decay_[0]), click = m.falling(h.decay_[1]);
+  m.each([&](int q) {
+    return m.s.A.at(q) * (splat(0.6f) * body.at(q) * second.at(q) + splat(0.9f) * edge.at(q) +
+                          splat(0.5f) * bell.at(q)) +
+           splat(0.4f * snap) * edge.at(q) * click.at(q);
+  });
+}
+
+void Recipes::zap(Hit& h, const Mix& m) {
+  const float tone = h.s_.tone, snap = h.s_.snap;
+  const PhaseBlock a = m.phases(h.phase_[0]);
+  const Block click = m.falling(h.decay_[0]);
+  m.each([&](int q) {
+    const u4 p = a.at(q);
+    const f4 bend = splat(0.35f * tone * inRadians) * m.s.A.at(q) * sinePoly(p + p);
+    return splat(0.9f) * sinePoly(bent(p, bend)) * m.s.A.at(q) * m.s.at.at(q) +
+           splat(0.3f * snap) * m.s.noise.at(q) * click.at(q);
+  });
+}
+
+void Recipes::conga(Hit& h, const Mix& m) {
+  const float snap = h.s_.snap;
+  const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.504f);
+  const Block second = m.power(h.decay_[0]), click = m.falling(h.decay_[1]);
+  const Block hand = m.band(h.filter_[0], h.state_[0], m.s.noise);
+  m.each([&](int q) {
+    return m.s.at.at(q) * (splat(0.7f) * sinePoly(a.at(q)) * m.s.A.at(q) +
+                           splat(0.3f) * sinePoly(b.at(q)) * second.at(q)) +
+           splat(0.8f * snap) * hand.at(q) * click.at(q);
+  });
+}
+
+void Recipes::noise(Hit& h, const Mix& m) {
+  for (int i = 0; i < m.s.n; i++) {
+    const SvfOut o = h.state_[0].step(h.filter_[0], m.s.noise[i]);
+    m.out[i] = (0.63f * o.low + 0.95f * o.band) * m.s.A[i] * m.s.at[i];
+  }
+}
+
+void Recipes::kick(Hit& h, const Mix& m) {
+  const float tone = h.s_.tone, snap = h.s_.snap;
+  const PhaseBlock a = m.phases(h.phase_[0]);
+  const Phase beater = phaseStep(1800 * (1 + tone) * m.inverseRate), from = h.phase_[1];
+  const Block click = m.falling(h.decay_[0]), thump = m.low(h.pole_[0], m.s.noise);
+  h.phase_[1] += u32(m.s.n) * beater;
+  const u4 count = {0, 1, 2, 3};
+  m.each([&](int q) {
+    const u4 p = a.at(q), b = (count + u32(4 * q)) * beater + from;
+    const f4 bend = splat(0.1f * tone * inRadians) * sinePoly(p);
+    return splat(0.9f) * sinePoly(bent(p, bend)) * m.s.at.at(q) * m.s.A.at(q) +
+           splat(snap) * click.at(q) * (splat(0.45f) * thump.at(q) + splat(0.35f) * sinePoly(b));
+  });
+}
 
 void Recipes::render(Hit& h, const Hit::Stretch& s, Block& out) {
-  const Setting& set = h.s_;
-  const float tone = set.tone, snap = set.snap;
+  using Recipe = void (*)(Hit&, const Mix&);
+  static constexpr Recipe recipes[models] = {kick,    snare,  clap,   hat, hat,   tom,  rim,
+                                             cowbell, shaker, cymbal, zap, conga, noise};
   Mix m{s, out, float(1 / h.rate_), {}};
   for (int q = 0; q < segment / 4; q++) m.step.put(q, splat(h.f0_ * m.inverseRate) * s.r.at(q));
-  switch (set.model) {
-    case SNARE: {
-      const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.78f);
-      const Block first = m.power(h.decay_[0]), second = m.power(h.decay_[1]), click = m.falling(h.decay_[2]);
-      const Block hiss = m.high(h.filter_[0], h.state_[0], s.noise), wires = m.low(h.pole_[0], hiss);
-      return m.each([&](int q) {
-        const f4 body =
-            splat(0.55f) * sinePoly(a.at(q)) * first.at(q) + splat(0.35f) * sinePoly(b.at(q)) * second.at(q);
-        return splat(1 - 0.45f * tone) * s.at.at(q) * body +
-               splat(0.5f + 0.6f * tone) * wires.at(q) * s.A.at(q) +
-               splat(0.6f * snap) * hiss.at(q) * click.at(q);
-      });
-    }
-    case CLAP: {
-      // Three hands, each of them starting its own burst; then the tail.
-      const float spacing = clapSpacing(set), rate = 1 / m.inverseRate;
-      Block g;
-      for (int i = 0; i < s.n; i++) {
-        const float age = float(s.age + u32(i));
-        if (h.hands_ < 3 && age >= float(h.hands_) * spacing * rate) {
-          h.decay_[0].value = 1;
-          h.hands_++;
-        }
-        g[i] = h.decay_[0].value;
-        h.decay_[0].value *= h.decay_[0].coefficient;
-        if (age >= 2.6f * spacing * rate) g[i] = std::max(g[i], 0.85f * s.A[i]);
-      }
-      const Block body = m.band(h.filter_[0], h.state_[0], s.noise);
-      const Block edge = m.band(h.filter_[1], h.state_[1], s.noise);
-      return m.each([&](int q) {
-        return splat(1.6f) * g.at(q) * (splat(1.35f) * body.at(q) + splat(0.35f * tone) * edge.at(q));
-      });
-    }
-    case CLOSED_HAT:
-    case OPEN_HAT: {
-      Block x = m.metal(h.phase_, 1.35f);
-      for (int q = 0; q < quads(s.n); q++)
-        x.put(q, x.at(q) * splat(1.2f - 0.4f * tone) + s.noise.at(q) * splat(0.15f + 0.35f * tone));
-      const Block edge = m.high(h.filter_[0], h.state_[0], x), body = m.band(h.filter_[1], h.state_[1], edge);
-      const Block click = m.falling(h.decay_[0]);
-      return m.each([&](int q) {
-        return (splat(0.9f) * edge.at(q) + splat(0.8f) * body.at(q)) * s.A.at(q) * s.at.at(q) +
-               splat(0.3f * snap) * edge.at(q) * click.at(q);
-      });
-    }
-    case TOM: {
-      const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.59f);
-      const Block second = m.power(h.decay_[0]), click = m.falling(h.decay_[1]);
-      const Block air = m.low(h.pole_[0], s.noise);
-      return m.each([&](int q) {
-        return splat(0.85f) * sinePoly(a.at(q)) * s.A.at(q) * s.at.at(q) +
-               splat(0.25f * tone) * sinePoly(b.at(q)) * second.at(q) +
-               air.at(q) * (splat(0.5f * snap) * click.at(q) + splat(0.06f * tone) * s.A.at(q));
-      });
-    }
-    case RIM: {
-      const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 3.47f),
-                       c = m.phases(h.phase_[2], 5.1f);
-      const Block second = m.power(h.decay_[0]), third = m.power(h.decay_[1]), click = m.falling(h.decay_[2]);
-      m.each([&](int q) {
-        return splat(0.6f) * sinePoly(a.at(q)) * s.A.at(q) + splat(0.5f) * sinePoly(b.at(q)) * second.at(q) +
-               splat(0.25f) * sinePoly(c.at(q)) * third.at(q) +
-               splat(1.2f * snap) * s.noise.at(q) * click.at(q);
-      });
-      out = m.high(h.filter_[0], h.state_[0], out);
-      return;
-    }
-    case COWBELL: {
-      Block x;
-      const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.4815f);
-      for (int q = 0; q < quads(s.n); q++)
-        x.put(q, square(a.at(q), min(m.step.at(q), splat(0.45f))) +
-                     square(b.at(q), min(m.step.at(q) * splat(1.4815f), splat(0.45f))));
-      const Block body = m.band(h.filter_[0], h.state_[0], x), click = m.falling(h.decay_[0]);
-      return m.each([&](int q) {
-        return splat(0.5f) * body.at(q) *
-               (splat(0.45f * (0.5f + snap)) * click.at(q) + splat(0.55f) * s.A.at(q));
-      });
-    }
-    case SHAKER: {
-      const Block body = m.band(h.filter_[0], h.state_[0], s.noise);
-      const Block grains = m.high(h.filter_[1], h.state_[1], body);
-      const f4 share = splat(m.inverseRate / shakerRise(set)), count = {0, 1, 2, 3};
-      return m.each([&](int q) {
-        const f4 ramp = min((count + splat(float(s.age + u32(4 * q)))) * share, splat(1));
-        return splat(1.6f) * grains.at(q) * ramp * ramp * s.A.at(q);
-      });
-    }
-    case CYMBAL: {
-      Block x = m.metal(h.phase_, 1.9f);
-      for (int q = 0; q < quads(s.n); q++) x.put(q, x.at(q) + splat(0.35f) * s.noise.at(q));
-      const Block edge = m.high(h.filter_[0], h.state_[0], x), body = m.band(h.filter_[2], h.state_[2], x);
-      const Block bell = m.band(h.filter_[1], h.state_[1], edge);
-      const Block second = m.power(h.decay_[0]), click = m.falling(h.decay_[1]);
-      return m.each([&](int q) {
-        return s.A.at(q) * (splat(0.6f) * body.at(q) * second.at(q) + splat(0.9f) * edge.at(q) +
-                            splat(0.5f) * bell.at(q)) +
-               splat(0.4f * snap) * edge.at(q) * click.at(q);
-      });
-    }
-    case ZAP: {
-      const PhaseBlock a = m.phases(h.phase_[0]);
-      const Block click = m.falling(h.decay_[0]);
-      return m.each([&](int q) {
-        const u4 p = a.at(q);
-        const f4 bend = splat(0.35f * tone * inRadians) * s.A.at(q) * sinePoly(p + p);
-        return splat(0.9f) * sinePoly(bent(p, bend)) * s.A.at(q) * s.at.at(q) +
-               splat(0.3f * snap) * s.noise.at(q) * click.at(q);
-      });
-    }
-    case CONGA: {
-      const PhaseBlock a = m.phases(h.phase_[0]), b = m.phases(h.phase_[1], 1.504f);
-      const Block second = m.power(h.decay_[0]), click = m.falling(h.decay_[1]);
-      const Block hand = m.band(h.filter_[0], h.state_[0], s.noise);
-      return m.each([&](int q) {
-        return s.at.at(q) * (splat(0.7f) * sinePoly(a.at(q)) * s.A.at(q) +
-                             splat(0.3f) * sinePoly(b.at(q)) * second.at(q)) +
-               splat(0.8f * snap) * hand.at(q) * click.at(q);
-      });
-    }
-    case NOISE: {
-      for (int i = 0; i < s.n; i++) {
-        const SvfOut o = h.state_[0].step(h.filter_[0], s.noise[i]);
-        out[i] = (0.63f * o.low + 0.95f * o.band) * s.A[i] * s.at[i];
-      }
-      return;
-    }
-    default: {
-      const PhaseBlock a = m.phases(h.phase_[0]);
-      const Phase beater = phaseStep(1800 * (1 + tone) * m.inverseRate), from = h.phase_[1];
-      const Block click = m.falling(h.decay_[0]), thump = m.low(h.pole_[0], s.noise);
-      h.phase_[1] += u32(s.n) * beater;
-      const u4 count = {0, 1, 2, 3};
-      return m.each([&](int q) {
-        const u4 p = a.at(q), b = (count + u32(4 * q)) * beater + from;
-        const f4 bend = splat(0.1f * tone * inRadians) * sinePoly(p);
-        return splat(0.9f) * sinePoly(bent(p, bend)) * s.at.at(q) * s.A.at(q) +
-               splat(snap) * click.at(q) * (splat(0.45f) * thump.at(q) + splat(0.35f) * sinePoly(b));
-      });
-    }
-  }
+  recipes[h.s_.model](h, m);
 }
 
 }  // namespace synth::drums

@@ -19,6 +19,21 @@ struct Recipes {
   // Every sixteen samples: what follows the pitch ratio `r`.
   static void tick(Hit& h, float r);
   static void render(Hit& h, const Hit::Stretch& s, dsp::Block& out);
+
+ private:
+  struct Mix;
+  static void kick(Hit& h, const Mix& m);
+  static void snare(Hit& h, const Mix& m);
+  static void clap(Hit& h, const Mix& m);
+  static void hat(Hit& h, const Mix& m);
+  static void tom(Hit& h, const Mix& m);
+  static void rim(Hit& h, const Mix& m);
+  static void cowbell(Hit& h, const Mix& m);
+  static void shaker(Hit& h, const Mix& m);
+  static void cymbal(Hit& h, const Mix& m);
+  static void zap(Hit& h, const Mix& m);
+  static void conga(Hit& h, const Mix& m);
+  static void noise(Hit& h, const Mix& m);
 };
 
 }  // namespace synth::drums
