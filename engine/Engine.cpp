@@ -11,6 +11,7 @@
 #include "engine/Render.h"
 #include "engine/Resolve.h"
 #include "engine/Sequencer.h"
+#include "engine/kinds/Kind.h"
 
 namespace synth {
 namespace {
@@ -37,7 +38,9 @@ void forget(T (&values)[N]) {
 }  // namespace
 
 EngineCore::EngineCore(double sampleRate) : rates(ratesFor(usableRate(sampleRate))), sine(dsp::sineTable()) {
-  automation::targetInfo(0);  // the tables are built here, not on the audio thread
+  // The tables are built here, not on the audio thread.
+  automation::targetInfo(0);
+  kinds::prepare();
   for (auto& row : overrides.macro) forget(row);
   for (auto& row : overrides.touch) forget(row);
   for (auto& row : overrides.lock) forget(row);

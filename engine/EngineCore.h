@@ -233,6 +233,7 @@ struct EngineCore {
   double lfoOffset[limits::tracks][2] = {};
 
   Voice voices[voiceCount];
+  RiftMemory rift[voiceCount];
   u64 voiceSerial = 0;
   u32 lockCounter = 0;
   TrackState tracks[limits::tracks];

@@ -6,17 +6,11 @@
 #include "engine/drums/Hit.h"
 #include "engine/dsp/LaneFilters.h"
 #include "engine/dsp/Phase.h"
+#include "engine/kinds/State.h"
 
 namespace synth {
 
 enum class Stage : u8 { Idle, Attack, Decay, Sustain, Release };
-
-// Memory of the Synth kinds; zeroed when a voice's kind changes.
-struct KindState {
-  dsp::Phase phaseA = 0, phaseB = 0, phaseC = 0, phaseD = 0;
-  float strike = 1;
-  float last1 = 0, last2 = 0;  // FM: the modulator's last two outputs
-};
 
 struct Envelope {
   float level = 0;
@@ -81,7 +75,7 @@ struct Voice {
   float clickLevel = 0;
   KindState state;
 
-  // A Pad's hit.
+  // A Pad's hit, or PERC's.
   drums::Hit hit;
   i32 hitGateLeft = -1;  // samples until the Pad's gate ends it, -1 for none
   bool hitHigh = false, hitLow = false;

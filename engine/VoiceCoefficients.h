@@ -9,7 +9,7 @@ struct Voice;
 struct VoiceCoefficients {
   // What they were computed for: the Track's values and the Note's Locks.
   unsigned version = ~0u, locks = 0;
-  static constexpr int inputs = 9;
+  static constexpr int inputs = 9, decaySeconds = 1;
   // Seconds of: attack, decay, release; timbre attack, decay, release; filter attack, decay, release.
   float seconds[inputs] = {};
   float attackStep = 1, decay = 0, release = 0, contourDecay = 0, contourStep = 1;

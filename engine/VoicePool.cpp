@@ -86,6 +86,7 @@ void releaseCopies(EngineCore& core, const Voice& leader) {
 void seedNoise(Voice& v, u32 seed) {
   v.seed = seed ? seed : 1;
   v.clickSeed = dsp::hash(v.seed) | 1;
+  v.state.seed = dsp::hash(v.seed ^ v.kind) | 1;
 }
 
 }  // namespace

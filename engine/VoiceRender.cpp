@@ -38,6 +38,7 @@ void followKind(const EngineCore& core, Voice& v) {
   if (v.kind == kind) return;
   v.kind = kind;
   v.state = KindState{};
+  v.state.seed = hash(v.seed ^ kind) | 1;
   v.fadeMid = v.lastMid;
   v.fadeSide = v.lastSide;
   v.fadeLeft = declickSamples;
@@ -66,6 +67,12 @@ bool renderSource(EngineCore& core, Voice& v, const VoiceMotion& motion, Block& 
     run.e = e;
     run.soft = v.control.soft;
     run.track = &track;
+    run.clock = core.sampleClock;
+    run.serial = v.serial;
+    run.note = v.note;
+    run.decay = v.coefficients.seconds[VoiceCoefficients::decaySeconds];
+    run.hit = &v.hit;
+    run.rift = &core.rift[&v - core.voices];
     run.mid = &mid;
     run.side = &side;
     run.phase = &phase;

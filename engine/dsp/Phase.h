@@ -17,6 +17,11 @@ inline constexpr float phaseScale = 4294967296.0f;
 // A phase step of -0.5..0.5 cycles; a phase shift of any moderate size.
 inline Phase phaseStep(float cycles) { return Phase(std::int32_t(cycles * phaseScale)); }
 inline Phase phaseShift(float cycles) { return Phase(std::int64_t(cycles * phaseScale)); }
+// A phase shift of any moderate size: whole turns are dropped before it is turned into a fraction.
+inline u4 phaseShift(f4 cycles) {
+  const f4 rest = cycles - toFloats(truncated(cycles));
+  return (u4)truncated(rest * splat(2147483648.0f)) << 1;
+}
 inline u4 phaseStep(f4 cycles) { return (u4)truncated(cycles * splat(phaseScale)); }
 
 // The phase in 0..1.

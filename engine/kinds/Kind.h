@@ -19,6 +19,12 @@ struct Run {
   bool eFlat[4] = {};
   float soft = 1;  // below 1 a soft note loses its harmonics
   const Track* track = nullptr;
+  u64 clock = 0;   // the sample clock at the first sample
+  u64 serial = 0;  // of the voice
+  int note = 60;
+  float decay = 0.3f;  // the voice's DECAY, in seconds
+  drums::Hit* hit = nullptr;
+  RiftMemory* rift = nullptr;
   // Written by the kind; `phase` is that of the fundamental before each sample's step.
   dsp::Block* mid = nullptr;
   dsp::Block* side = nullptr;
@@ -38,6 +44,16 @@ bool softens(int kind);
 void renderAnalog(KindState& state, Run& run);
 void renderFm(KindState& state, Run& run);
 void renderTine(KindState& state, Run& run);
+void renderOrgan(KindState& state, Run& run);
+void renderWavetable(KindState& state, Run& run);
+void renderSwarm(KindState& state, Run& run);
+void renderVoice(KindState& state, Run& run);
+void renderMachine(KindState& state, Run& run);
+void renderRift(KindState& state, Run& run);
+void renderPerc(KindState& state, Run& run);
+
+// Builds what the kinds share, so that no render has to.
+void prepare();
 
 // 1 for low notes, 0 near the Nyquist frequency: how much modulation a phase step still bears.
 inline float modulationRoom(float inc) {
