@@ -13,12 +13,6 @@
 namespace synth {
 namespace {
 
-bool hasAnyLocks(const Project& p) {
-  for (int i = 0; i < p.noteCount; i++)
-    if (p.notes[i].locks[0].target) return true;
-  return false;
-}
-
 // Kinds that carry on as one another; a drum or Sample voice has nothing to go on with.
 bool continuesAs(int from, int to) { return from == to || (from <= RIFT && to <= RIFT); }
 
@@ -50,13 +44,14 @@ void takeProject(EngineCore& core, u32 slot) {
     const Track& track = core.track(v.track);
     if (v.isPad != isDrums(track) || (!v.isPad && !continuesAs(v.kind, track.engine))) abandonVoice(core, v);
   }
-  core.anyLocks = hasAnyLocks(*core.project);
-  if (!core.anyLocks)
+  if (!core.index->locks)
     for (int t = 0; t < limits::tracks; t++) {
       core.overrides.lockMask[t] = 0;
       for (float& v : core.overrides.lock[t]) v = noValue;
     }
   bindLanes(core);
+  core.master.eq.install(core.projects[int(slot)].masterEq, core.sampleClock == 0);
+  core.master.eq.forget();
   core.busDirty = true;
   for (Prepared& p : core.prepared) p.dirty = true;
   Transport& tr = core.transport;

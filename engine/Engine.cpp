@@ -23,11 +23,18 @@ Rates ratesFor(double rate) {
   r.rate = rate;
   r.period = 1 / rate;
   r.paramSmooth = float(1 - math::exp(-1 / (rate * 0.01)));
+  r.sendSmooth = dsp::share(0.02, rate);
   r.modSmooth = float(1 - math::exp(-1 / (rate * 0.001)));
   r.fastRelease = float(math::exp(-7 / (rate * 0.03)));
   r.clickDecay = float(math::exp(-1 / (rate * 0.0015)));
   r.keyClick = float(math::exp(-1 / (rate * 0.0025)));
   return r;
+}
+
+MasterEqDesign masterEqOf(const Project& p, double rate) {
+  float gains[masterBands];
+  for (int band = 0; band < masterBands; band++) gains[band] = param::masterEq(band).get(p);
+  return designMasterEq(gains, rate);
 }
 
 template <class T, std::size_t N>
@@ -54,7 +61,12 @@ EngineCore::EngineCore(double sampleRate) : rates(ratesFor(usableRate(sampleRate
   project = &projects[slot].project;
   index = &projects[slot].index;
   bindLanes(*this);
-  for (TrackState& track : tracks) track.modFx.prepare(rates.rate);
+  for (TrackState& track : tracks) {
+    track.modFx.prepare(rates.rate);
+    track.room.prepare(rates.rate);
+  }
+  for (fx::Send& send : sends) send.prepare(rates.rate);
+  moves.prepare(rates.rate);
   prepareMaster(*this);
 }
 
@@ -81,6 +93,7 @@ bool Engine::submitProject(const Project& project) {
   ProjectSlot& place = core_->projects[slot];
   std::memcpy(static_cast<void*>(&place.project), &project, sizeof(Project));
   buildIndex(place.project, place.index);
+  place.masterEq = masterEqOf(place.project, core_->rates.rate);
   core_->projects.publish(slot);
   if (send(Op::Submit, u32(slot))) return true;
   core_->projects.release(slot);
@@ -169,7 +182,9 @@ int Engine::sampleSlot(const u8 (&hash)[32]) const { return core_->samples.find(
 
 std::size_t Engine::memoryBytes() const {
   std::size_t total = sizeof(EngineCore) + core_->samples.bytes();
-  for (const TrackState& track : core_->tracks) total += track.modFx.bytes();
+  for (const TrackState& track : core_->tracks) total += track.modFx.bytes() + track.room.bytes();
+  for (const fx::Send& send : core_->sends) total += send.bytes();
+  total += core_->moves.bytes();
   return total;
 }
 

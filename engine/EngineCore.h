@@ -7,12 +7,16 @@
 
 #include "core/params/Targets.h"
 #include "engine/Commands.h"
+#include "engine/Dynamics.h"
 #include "engine/Engine.h"
 #include "engine/Exchange.h"
+#include "engine/MasterEq.h"
+#include "engine/Moves.h"
 #include "engine/SampleSlots.h"
 #include "engine/Telemetry.h"
 #include "engine/TrackState.h"
 #include "engine/Voice.h"
+#include "engine/fx/Send.h"
 
 namespace synth {
 
@@ -24,17 +28,19 @@ struct SongIndex {
   u32 songEnd = 0;
   u16 reserved = 0;
   u16 firstClip[limits::tracks + 1] = {};
+  bool locks = false;  // whether any Note has Locks
 };
 
 struct ProjectSlot {
   Project project;
   SongIndex index;
+  MasterEqDesign masterEq;
 };
 
 // Numbers that follow from the sample rate alone.
 struct Rates {
   double rate = 48000, period = 1 / 48000.0;
-  float paramSmooth = 0, modSmooth = 0, fastRelease = 0, clickDecay = 0, keyClick = 0;
+  float paramSmooth = 0, modSmooth = 0, sendSmooth = 0, fastRelease = 0, clickDecay = 0, keyClick = 0;
 };
 
 struct Transport {
@@ -164,9 +170,7 @@ struct SegmentMix {
   dsp::Block voiceMid[voiceCount], voiceSide[voiceCount];
   dsp::Block trackL[limits::tracks], trackR[limits::tracks];  // mid and side first, then left and right
   bool trackUsed[limits::tracks];
-  dsp::Block dryL, dryR;
-  dsp::Block sendL[2], sendR[2];
-  dsp::Block outL, outR;
+  fx::Stereo dry, send[2], wet, out;
 };
 
 struct Master {
@@ -185,7 +189,10 @@ struct Master {
   u32 peakHead = 0, peakTail = 0;
   // DC blocker.
   float x1[2] = {}, y1[2] = {};
-  float outputPeak[2] = {}, compGain = 1;
+  float outputPeak[2] = {};
+  MasterEq eq;
+  MasterDynamics dynamics;
+  dsp::Slew chain;  // how much of Send I goes into Send II
 };
 
 struct EngineCore {
@@ -229,7 +236,6 @@ struct EngineCore {
   float busValue[automation::busTargets] = {};
   bool busDirty = true;
   bool commandsRan = false;  // since the last segment: what follows the grid is brought up to date at once
-  bool anyLocks = false;     // whether any Note of the Project has Locks
   double lfoOffset[limits::tracks][2] = {};
 
   Voice voices[voiceCount];
@@ -237,6 +243,9 @@ struct EngineCore {
   u64 voiceSerial = 0;
   u32 lockCounter = 0;
   TrackState tracks[limits::tracks];
+  fx::Send sends[2];
+  SendFx sendNow[2];  // their values as they stand, touches and Lanes included
+  Moves moves;
   Master master;
 
   u64 sampleClock = 0, nextTelemetry = 0;

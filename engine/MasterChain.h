@@ -6,7 +6,9 @@
 namespace synth {
 
 void prepareMaster(EngineCore& core);
-// Takes core.mix.dryL/R and writes core.mix.outL/R.
+// Every sixteen samples: what the Moves, the Sends and the Master read from their values.
+void tickMaster(EngineCore& core);
+// Takes core.mix.dry and core.mix.send and writes core.mix.out.
 void renderMaster(EngineCore& core);
 
 }  // namespace synth

@@ -25,7 +25,7 @@ void ModFx::prepare(double rate) {
 }
 
 void ModFx::clear() {
-  lines_.clear();
+  lines_.clock.clear();
   state_ = State{};
 }
 

@@ -113,10 +113,18 @@ void publishTelemetry(EngineCore& core) {
     if (core.voices[i].active) v.tracks[core.voices[i].track].voices++;
   }
   showPads(core, v);
-  for (int bus : {SendI, SendII}) v.sends[bus].type = sendFx(*core.project, bus).type;
+  for (int bus : {SendI, SendII}) {
+    const fx::Send& send = core.sends[bus];
+    SendView& view = v.sends[bus];
+    view.type = u8(send.type());
+    view.sleeping = send.sleeping();
+    view.inPeak = send.inPeak();
+    view.outL = send.outPeak(0);
+    view.outR = send.outPeak(1);
+  }
   v.outputPeak[0] = core.master.outputPeak[0];
   v.outputPeak[1] = core.master.outputPeak[1];
-  v.compGain = core.master.compGain;
+  v.compGain = core.master.dynamics.takeSmallestGain();
   v.limiterGain = core.master.gain;
   v.masterGain = core.master.smooth;
   v.movesActive = 0;

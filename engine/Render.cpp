@@ -56,8 +56,8 @@ void refresh(EngineCore& core, bool force) {
   if ((clock & 31) == 0) mergeLocks(core);
   prepareTracks(core);
   if ((clock & 15) == 0 || force) prepareBuses(core);
+  if ((clock & 15) == 0) tickMaster(core);
   if ((clock & 31) == 0 || force) refreshTracks(core, clock == 0);
-  if (clock == 0) core.master.smooth = busValue(core, automation::firstBusTarget);
 }
 
 }  // namespace
@@ -78,8 +78,8 @@ void renderBlock(EngineCore& core, float* left, float* right, unsigned frames) {
     renderMaster(core);
 
     const unsigned n = unsigned(core.clock.n);
-    std::copy_n(core.mix.outL.v, n, left + done);
-    std::copy_n(core.mix.outR.v, n, right + done);
+    std::copy_n(core.mix.out.l.v, n, left + done);
+    std::copy_n(core.mix.out.r.v, n, right + done);
     lfo::advanceOffsets(core, int(n));
     core.transport.stepPhase = core.clock.phase[n];
     core.sampleClock += n;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstring>
 
 #include "base/Math.h"
 #include "core/model/Lanes.h"
@@ -276,10 +278,19 @@ void prepareBuses(EngineCore& core) {
   const Overrides& o = core.overrides;
   auto prepare = [&](int target) {
     const int k = target - firstBusTarget;
-    core.busValue[k] = hasValue(o.busTouch[k])  ? o.busTouch[k]
-                       : hasValue(o.busLane[k]) ? o.busLane[k]
-                                                : targetInfo(target)->get(*core.project);
+    const param::Info& info = *targetInfo(target);
+    const float v = hasValue(o.busTouch[k])  ? o.busTouch[k]
+                    : hasValue(o.busLane[k]) ? o.busLane[k]
+                                             : info.get(*core.project);
+    core.busValue[k] = v;
+    for (int bus : {SendI, SendII}) {
+      const std::size_t first = bus == SendI ? offsetof(Project, fx1) : offsetof(Project, fx2);
+      if (info.offset >= first && info.offset < first + sizeof(SendFx))
+        std::memcpy(reinterpret_cast<char*>(&core.sendNow[bus]) + (info.offset - first), &v, sizeof v);
+    }
   };
+  if (core.busDirty)
+    for (int bus : {SendI, SendII}) core.sendNow[bus] = sendFx(*core.project, bus);
   if (core.busDirty)
     for (int target = firstBusTarget; target <= lastBusTarget; target++) prepare(target);
   core.busDirty = false;
@@ -290,7 +301,7 @@ void prepareBuses(EngineCore& core) {
 float busValue(const EngineCore& core, int target) { return core.busValue[target - firstBusTarget]; }
 
 void mergeLocks(EngineCore& core) {
-  if (!core.anyLocks) return;
+  if (!core.index->locks) return;
   const Voice* newest[limits::tracks][trackTargets];
   bool any[limits::tracks] = {};
   for (const Voice& v : core.voices) {

@@ -148,6 +148,8 @@ void buildIndex(const Project& p, SongIndex& index) {
     while (row < p.clipCount && p.clips[row].track < t) row++;
     index.firstClip[t] = u16(row);
   }
+  index.locks =
+      std::any_of(p.notes, p.notes + p.noteCount, [](const NoteRec& n) { return n.locks[0].target; });
 }
 
 bool validMarker(const EngineCore& core, i32 marker) {

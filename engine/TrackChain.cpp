@@ -26,6 +26,7 @@ class Value {
         block_(core.prepared[t].moving >> target & 1 ? core.prepared[t].lane[target] : nullptr) {}
   bool moves() const { return block_; }
   float operator[](int i) const { return block_ ? (*block_)[i] : flat_; }
+  f4 four(int quad) const { return block_ ? block_->at(quad) : splat(flat_); }
   float first() const { return (*this)[0]; }
   // Whether any sample of it passes the test.
   template <class Test>
@@ -271,6 +272,17 @@ void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
   }
 }
 
+// ---- Room.
+
+void tickRooms(EngineCore& core) {
+  for (int t = 0; t < limits::tracks; t++) {
+    TrackState& s = core.tracks[t];
+    const float* v = core.prepared[t].value;
+    if (!(v[ROOM_MIX] > 0) && !s.room.runs()) continue;
+    s.room.tick({v[ROOM_SIZE], v[ROOM_DECAY], v[ROOM_DAMP], v[ROOM_MIX]}, core.sampleClock == 0);
+  }
+}
+
 // ---- Width, ducking.
 
 void widenTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
@@ -346,22 +358,19 @@ void duckTrack(EngineCore& core, int t, Block& l, Block& r, bool silentInput, in
 void addToMix(EngineCore& core, int t, const Block& l, const Block& r, int n) {
   SegmentMix& mix = core.mix;
   for (int q = 0; q < quads(n); q++) {
-    mix.dryL.put(q, mix.dryL.at(q) + l.at(q));
-    mix.dryR.put(q, mix.dryR.at(q) + r.at(q));
+    mix.dry.l.put(q, mix.dry.l.at(q) + l.at(q));
+    mix.dry.r.put(q, mix.dry.r.at(q) + r.at(q));
   }
   for (int send = 0; send < 2; send++) {
     const Value amount(core, t, SEND_1 + send);
-    if (amount.moves()) {
-      for (int i = 0; i < n; i++) {
-        mix.sendL[send][i] += l[i] * amount[i];
-        mix.sendR[send][i] += r[i] * amount[i];
-      }
-    } else if (amount.first() != 0) {
-      const f4 a = splat(amount.first());
-      for (int q = 0; q < quads(n); q++) {
-        mix.sendL[send].put(q, mix.sendL[send].at(q) + l.at(q) * a);
-        mix.sendR[send].put(q, mix.sendR[send].at(q) + r.at(q) * a);
-      }
+    const bool boosted = core.moves.boosts(send);
+    if (!amount.moves() && amount.first() == 0 && !boosted) continue;
+    fx::Stereo& to = mix.send[send];
+    for (int q = 0; q < quads(n); q++) {
+      f4 a = amount.four(q);
+      if (boosted) a += core.moves.boost(send, q);
+      to.l.put(q, to.l.at(q) + l.at(q) * a);
+      to.r.put(q, to.r.at(q) + r.at(q) * a);
     }
   }
 }
@@ -376,7 +385,7 @@ bool rests(const EngineCore& core, int t) {
       if (!band[ch].rests()) return false;
   }
   constexpr u64 crush = u64(1) << CRUSH_BITS | u64(1) << CRUSH_RATE;
-  return s.modFx.idle() && core.track(t).mod_type == ModFx::Off && s.monoBelowState == 0 &&
+  return !s.room.runs() && s.modFx.idle() && core.track(t).mod_type == ModFx::Off && s.monoBelowState == 0 &&
          now.value[CRUSH_BITS] <= 0 && now.value[CRUSH_RATE] <= 0 && !(now.moving & crush) &&
          s.crushHeld[0] == 0 && s.crushHeld[1] == 0;
 }
@@ -417,8 +426,11 @@ void refreshTracks(EngineCore& core, bool snap) {
 void renderTracks(EngineCore& core) {
   const int n = core.clock.n;
   SegmentMix& mix = core.mix;
-  for (Block* b : {&mix.dryL, &mix.dryR, &mix.sendL[0], &mix.sendL[1], &mix.sendR[0], &mix.sendR[1]})
-    b->fill(0);
+  for (fx::Stereo* x : {&mix.dry, &mix.send[0], &mix.send[1]}) {
+    x->l.fill(0);
+    x->r.fill(0);
+  }
+  if (onGrid(core)) tickRooms(core);
 
   bool works[limits::tracks], quietInput[limits::tracks];
   FilterQueue high, low;
@@ -459,6 +471,7 @@ void renderTracks(EngineCore& core) {
       continue;
     }
     modulateTrack(core, t, l, r, n);
+    if (core.tracks[t].room.runs()) core.tracks[t].room.process(l, r, n);
     widenTrack(core, t, l, r, n);
     duckTrack(core, t, l, r, false, n);
     countQuiet(core, core.tracks[t].quiet, l, r, n);

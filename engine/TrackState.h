@@ -5,6 +5,7 @@
 
 #include "engine/Drive.h"
 #include "engine/ModFx.h"
+#include "engine/TrackRoom.h"
 #include "engine/dsp/LaneFilters.h"
 
 namespace synth {
@@ -29,6 +30,7 @@ struct TrackState {
   bool eqBand[3] = {};  // a band without gain does not run
   dsp::BiquadState eqState[3][2];
   ModFx modFx;
+  TrackRoom room;
   float monoBelowState = 0, monoCoefficient = 0, monoHz = 0;
 
   // Ducking.

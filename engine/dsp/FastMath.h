@@ -19,6 +19,14 @@ inline float exp2Fast(float x) {
   return p * std::bit_cast<float>((std::int32_t(n) + 127) << 23);
 }
 
+inline f4 exp2Fast(f4 x) {
+  x = clamp(x, -126, 127);
+  const f4 n = (x + splat(12582912.0f)) - splat(12582912.0f), f = x - n, f2 = f * f;
+  const f4 low = splat(1) + f * splat(0.69314718f), mid = splat(0.24022651f) + f * splat(0.05550411f);
+  const f4 high = (splat(0.00961813f) + f * splat(0.00133336f)) + f2 * splat(0.00015404f);
+  return (low + f2 * (mid + f2 * high)) * asFloats((truncated(n) + 127) << 23);
+}
+
 // log2(x) for normal x > 0, by a series in (m - 1) / (m + 1) of the mantissa m around 1.
 inline f4 log2Fast(f4 x) {
   const i4 bits = asBits(x);
@@ -26,8 +34,9 @@ inline f4 log2Fast(f4 x) {
   const i4 exponent = (bits - 0x3F3504F3) >> 23;
   const f4 m = asFloats(bits - (exponent << 23));
   const f4 t = (m - splat(1)) / (m + splat(1)), z = t * t;
-  const f4 series = splat(2.8853901f) +
-                    z * (splat(0.9617967f) + z * (splat(0.5770780f) + z * (splat(0.4121986f) + z * splat(0.3205989f))));
+  const f4 series =
+      splat(2.8853901f) +
+      z * (splat(0.9617967f) + z * (splat(0.5770780f) + z * (splat(0.4121986f) + z * splat(0.3205989f))));
   return toFloats(exponent) + t * series;
 }
 

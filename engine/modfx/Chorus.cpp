@@ -11,12 +11,12 @@ void Chorus::run(Lines& lines, const Params& p, Piece& x) {
   const Phase step = phaseStep(p.hz / p.rate);
   lines.write(x);
   for (int q = 0; q < quads(x.n); q++) {
-    const u4 at = lines.numbers(q), turn = phasesFrom(phase, step, q);
+    const u4 at = lines.clock.after(q), turn = phasesFrom(phase, step, q);
     store(x.l + 4 * q, lines.l.read(at, ms * (middle + swing * sinePoly(turn))));
     store(x.r + 4 * q, lines.r.read(at, ms * (middle + swing * sinePoly(turn + quarterTurn))));
   }
   phase += u32(x.n) * step;
-  lines.at += u32(x.n);
+  lines.clock.advance(x.n);
 }
 
 void Ensemble::run(Lines& lines, const Params& p, Piece& x) {
@@ -25,7 +25,7 @@ void Ensemble::run(Lines& lines, const Params& p, Piece& x) {
   const Phase step = phaseStep(p.hz / p.rate), fastStep = phaseStep(std::min(14 * p.hz, 20.0f) / p.rate);
   lines.write(x);
   for (int q = 0; q < quads(x.n); q++) {
-    const u4 at = lines.numbers(q), one = phasesFrom(slow, step, q), two = phasesFrom(fast, fastStep, q);
+    const u4 at = lines.clock.after(q), one = phasesFrom(slow, step, q), two = phasesFrom(fast, fastStep, q);
     // The three phases of a turn, from one sine and one cosine.
     const f4 s = wide * sinePoly(one), c = wide * root * sinePoly(one + quarterTurn);
     const f4 t = narrow * sinePoly(two), d = narrow * root * sinePoly(two + quarterTurn);
@@ -41,7 +41,7 @@ void Ensemble::run(Lines& lines, const Params& p, Piece& x) {
   }
   slow += u32(x.n) * step;
   fast += u32(x.n) * fastStep;
-  lines.at += u32(x.n);
+  lines.clock.advance(x.n);
 }
 
 }  // namespace synth::modfx

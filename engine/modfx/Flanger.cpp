@@ -30,17 +30,14 @@ void Flanger::run(Lines& lines, const Params& p, Piece& x) {
   DelayLine* const line[2] = {&lines.l, &lines.r};
   float* const signal[2] = {x.l, x.r};
   for (int i = 0; i < x.n; i++) {
-    lines.at++;
+    const u32 number = lines.clock.now + 1;
     for (int ch = 0; ch < 2; ch++) {
-      const float d = std::max(delay[ch][i], 2.0f);
-      const u32 whole = u32(d);
-      const float* t = line[ch]->taps(lines.at, whole);
-      const float wet =
-          catmullRom(splat(t[3]), splat(t[2]), splat(t[1]), splat(t[0]), splat(d - float(whole)))[0];
+      const float wet = line[ch]->read(number, std::max(delay[ch][i], 2.0f));
       low[ch] += lowShare * (wet - low[ch]);
-      line[ch]->put(lines.at, flushed(signal[ch][i] + p.feedback * sat(clip(low[ch], 3))));
+      line[ch]->put(number, flushed(signal[ch][i] + p.feedback * sat(clip(low[ch], 3))));
       signal[ch][i] = wet;
     }
+    lines.clock.advance(1);
   }
   phase += u32(x.n) * step;
 }

@@ -25,26 +25,14 @@ struct alignas(16) Piece {
   dsp::f4 right(int quad) const { return dsp::load(r + 4 * quad); }
 };
 
-// The two delay lines that the effects share; `at` numbers the newest sample.
+// The two delay lines that the effects share.
 struct Lines {
   dsp::DelayLine l, r;
-  u32 at = 0;
+  dsp::LineClock clock;
 
   void write(const Piece& x) {
-    for (int i = 0; i < x.n; i++) {
-      l.put(at + u32(i) + 1, dsp::flushed(x.l[i]));
-      r.put(at + u32(i) + 1, dsp::flushed(x.r[i]));
-    }
-  }
-  // The numbers of four samples of the piece being written.
-  dsp::u4 numbers(int quad) const {
-    const u32 first = at + 1 + u32(4 * quad);
-    return dsp::u4{first, first + 1, first + 2, first + 3};
-  }
-  void clear() {
-    l.clear();
-    r.clear();
-    at = 0;
+    l.put(clock.now + 1, x.l, x.n);
+    r.put(clock.now + 1, x.r, x.n);
   }
 };
 

@@ -39,12 +39,12 @@ void Vinyl::run(Lines& lines, const Params& p, Piece& x) {
     const f4 delay = splat(ms) * (splat(3.5f) + splat(m * p.depth) * swing);
     const i4 whole = truncated(delay);
     const f4 f = delay - toFloats(whole);
-    const u4 from = lines.numbers(q) - (u4)whole;
+    const u4 from = lines.clock.after(q) - (u4)whole;
     for (int ch = 0; ch < 2; ch++) {
       const DelayLine& line = ch ? lines.r : lines.l;
       float* out = (ch ? x.r : x.l) + 4 * q;
       for (int k = 0; k < 4; k++) {
-        const float* t = line.taps(from[k], 0);
+        const f4 t = line.around(from[k], lines.clock.now);
         out[k] = t[2] + f[k] * (t[1] - t[2]);
       }
     }
@@ -74,7 +74,7 @@ void Vinyl::run(Lines& lines, const Params& p, Piece& x) {
   }
   wow += u32(x.n) * wowStep;
   flutter += u32(x.n) * flutterStep;
-  lines.at += u32(x.n);
+  lines.clock.advance(x.n);
 }
 
 }  // namespace synth::modfx
