@@ -92,7 +92,12 @@ void ModFx::process(float* left, float* right, int n) {
     dry.n = part;
     std::copy_n(left, part, dry.l);
     std::copy_n(right, part, dry.r);
+    // What goes in fades with what comes out: a line that began in mid-wave would give the edge back later.
     Piece wet = dry;
+    for (int i = 0; i < part; i++) {
+      wet.l[i] *= gains[i];
+      wet.r[i] *= gains[i];
+    }
     run(wet);
     for (int q = 0; q < quads(part); q++) {
       const f4 amount = mix * load(gains + 4 * q);

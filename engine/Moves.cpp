@@ -95,13 +95,17 @@ void Moves::tick(const MoveValues& moves, double bpm, double stepSamples, bool s
     crushLevels_ = float(math::exp2(16 - 14 * 0.857 * v));
     crushGain_ = float(1 / (0.3 * v + 1));
   }
-  auto sweepHz = [&](int move, double rest) {
-    return has(value_[move]) ? 20 * math::pow(1000, double(unit(value_[move]))) : rest;
+  // A sweep that has ended stays where it was while it fades: a filter that opened at once would click.
+  auto follow = [&](Filter& filter, int move) {
+    if (has(value_[move]))
+      set(filter, 20 * math::pow(1000, double(unit(value_[move]))), sweepK);
+    else
+      for (SvfState& s : filter.state) s.flush();
   };
   lowpassOn_ = starts(lowpass_, active(Lowpass), lowpassMix_);
   highpassOn_ = starts(highpass_, active(Highpass), highpassMix_);
-  if (lowpassOn_) set(lowpass_, sweepHz(Lowpass, 20000), sweepK);
-  if (highpassOn_) set(highpass_, sweepHz(Highpass, 20), sweepK);
+  if (lowpassOn_) follow(lowpass_, Lowpass);
+  if (highpassOn_) follow(highpass_, Highpass);
   if (active(Repeat)) {
     const int i = std::min(int((value_[Repeat] - 0.05f) / 0.13571428f), 6);
     const double length = repeatSteps[i] * rate_ * 15 / bpm_;

@@ -250,7 +250,8 @@ void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
   TrackState& s = core.tracks[t];
   const Track& track = core.track(t);
   if (track.mod_type == ModFx::Off && s.modFx.idle()) return;
-  if (track.mod_type == ModFx::VinylType) countQuiet(core, s.inputQuiet, l, r, n);
+  if (onGrid(core)) s.hushed = s.inputQuiet >= u32(core.rates.rate * 0.5);
+  const Block dryL = l, dryR = r;
   for (int done = 0; done < n;) {
     const u64 clock = core.sampleClock + u64(done);
     const int part = std::min(n - done, 8 - int(clock & 7));
@@ -264,12 +265,13 @@ void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
       m.mix = Value(core, t, MOD_MIX)[done];
       m.tone = Value(core, t, MOD_TONE)[done];
       m.sideOnly = track.mod_side;
-      m.hush = s.inputQuiet >= u32(core.rates.rate * 0.5);
+      m.hush = s.hushed;
       s.modFx.tick(m, clock == 0);
     }
     s.modFx.process(l.v + done, r.v + done, part);
     done += part;
   }
+  if (track.mod_type == ModFx::VinylType) countQuiet(core, s.inputQuiet, dryL, dryR, n);
 }
 
 // ---- Room.

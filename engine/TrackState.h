@@ -30,6 +30,7 @@ struct TrackState {
   bool eqBand[3] = {};  // a band without gain does not run
   dsp::BiquadState eqState[3][2];
   ModFx modFx;
+  bool hushed = false;  // what makes noise by itself is silent while nothing has come in for a while
   TrackRoom room;
   float monoBelowState = 0, monoCoefficient = 0, monoHz = 0;
 

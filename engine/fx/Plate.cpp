@@ -159,7 +159,6 @@ class Plate final : public SendEffect {
     for (int q = 0; q < quads(n); q++)
       x.put(q, half.first.four(clock_.now + 1 + u32(4 * q) - half.firstLength));
     half.damping.low(x, n);
-    for (int q = 0; q < quads(n); q++) x.put(q, x.at(q) * gain_.four(q));
     half.diffuser.run(x, tankGain_, clock_, n);
     half.second.put(clock_.now + 1, x.v, n);
   }

@@ -118,8 +118,11 @@ void Send::piece(const SendFx& fx, double bpm, const Stereo& in, Stereo& out, in
       gain_ = 0;
     if (effect_) {
       Stereo x, wet;
-      std::copy_n(in.l.v + from, part, x.l.v);
-      std::copy_n(in.r.v + from, part, x.r.v);
+      // What goes in fades too: a line that began in the middle of a wave would give its edge back later.
+      for (int i = 0; i < part; i++) {
+        x.l[i] = in.l[from + i] * gains[i];
+        x.r[i] = in.r[from + i] * gains[i];
+      }
       std::fill(x.l.v + part, x.l.v + segment, 0.0f);
       std::fill(x.r.v + part, x.r.v + segment, 0.0f);
       effect_->run(x, wet, part, now + u64(from));

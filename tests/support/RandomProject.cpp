@@ -206,7 +206,7 @@ ProjectPtr randomSong(u32 seed) {
   p.humanize = r.chance(30) ? r.unit() : 0;
   for (int t = 0; t < p.track_count; t++) {
     Track& track = p.tracks[t];
-    if (t > 0) setSynthKind(track, r.below(3));
+    if (t > 0) setSynthKind(track, r.below(SAMPLER));
     for (const param::Info& info : param::all())
       if (info.scope == param::ScopeTrack && !info.mix && r.chance(35) &&
           std::string_view(info.key) != "engine" && std::string_view(info.key) != "track_kind")
@@ -216,6 +216,10 @@ ProjectPtr randomSong(u32 seed) {
     track.unison = u8(r.chance(30) ? r.between(2, 4) : 1);
     track.trim = 0;
     track.duck_amount = r.chance(30) ? r.unit() : 0;
+    track.send_1 = r.chance(50) ? r.unit() : 0;
+    track.send_2 = r.chance(50) ? r.unit() : 0;
+    track.room_mix = r.chance(30) ? r.unit() : 0;
+    track.mod_type = u8(r.below(6));
     for (int pad = 0; pad < limits::pads; pad++) {
       for (const param::Info& info : param::all())
         if (info.scope == param::ScopePad && r.chance(30)) info.set(randomValue(r, info), track, pad);
@@ -234,7 +238,18 @@ ProjectPtr randomSong(u32 seed) {
     for (int lane = 0; lane < 3; lane++)
       if (r.chance(60)) setLane(p, laneRow(t, lane), r.below(46), randomPoints(r, 16));
   }
+  for (const param::Info& info : param::all())
+    if (info.scope == param::ScopeProject && r.chance(50) &&
+        (std::string_view(info.key).starts_with("fx") || std::string_view(info.key).starts_with("comp") ||
+         std::string_view(info.key).starts_with("master_eq") || std::string_view(info.key) == "saturation"))
+      info.set(randomValue(r, info), p);
   if (r.chance(50)) setLane(p, laneRow(busOwner(MasterBus), 0), 64, randomPoints(r, 16));
+  for (int bus : {SendI, SendII})
+    for (int target = 65; target < 162; target++)
+      if (r.chance(4) && automation::busHolds(p, bus, *automation::targetInfo(target)))
+        setLane(p, laneRow(busOwner(bus), 0), target, randomPoints(r, 16));
+  for (int move = 0; move < automation::performanceEffects; move++)
+    if (r.chance(30)) setLane(p, limits::firstMasterLane + move, move, randomPoints(r, 16));
   return project;
 }
 
