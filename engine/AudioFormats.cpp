@@ -1,6 +1,9 @@
 #include "engine/AudioFormats.h"
 
-#include "engine/WavSink.h"
+#include "engine/sinks/FfmpegSink.h"
+#include "engine/sinks/Mp3Sink.h"
+#include "engine/sinks/SndfileSink.h"
+#include "engine/sinks/WavSink.h"
 
 namespace synth {
 namespace {
@@ -23,10 +26,24 @@ const AudioFormatInfo& audioFormatInfo(AudioFormat format) {
   return formats[0];
 }
 
-bool canWrite(AudioFormat format) { return format == AudioFormat::Wav; }
+const char* missingFor(AudioFormat format) {
+  switch (format) {
+    case AudioFormat::Aiff:
+    case AudioFormat::Flac: return SndfileSink::available() ? nullptr : "libsndfile";
+    case AudioFormat::Mp3: return Mp3Sink::available() ? nullptr : "LAME";
+    case AudioFormat::Aac: return FfmpegSink::available() ? nullptr : "ffmpeg";
+    default: return nullptr;
+  }
+}
 
 std::unique_ptr<AudioSink> makeFileSink(AudioFormat format, const std::string& path) {
-  if (format == AudioFormat::Wav) return std::make_unique<WavSink>(path);
+  switch (format) {
+    case AudioFormat::Wav: return std::make_unique<WavSink>(path);
+    case AudioFormat::Aiff:
+    case AudioFormat::Flac: return std::make_unique<SndfileSink>(format, path);
+    case AudioFormat::Mp3: return std::make_unique<Mp3Sink>(path);
+    case AudioFormat::Aac: return std::make_unique<FfmpegSink>(path);
+  }
   return nullptr;
 }
 

@@ -23,9 +23,9 @@ std::span<const AudioFormatInfo> audioFormats();
 // The row of a format, the first one for a number that is none.
 const AudioFormatInfo& audioFormatInfo(AudioFormat format);
 
-// Whether this build writes the format.
-bool canWrite(AudioFormat format);
-// A sink that writes `path` in that format beside it and replaces it at `finish`; null when it cannot.
+// What has to be installed before this system can write the format; null when it can.
+const char* missingFor(AudioFormat format);
+// A sink that writes `path` in that format beside it and replaces it at `finish`; null for no format.
 std::unique_ptr<AudioSink> makeFileSink(AudioFormat format, const std::string& path);
 
 }  // namespace synth

@@ -1,9 +1,14 @@
 #include <unistd.h>
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
+#include <exception>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <mutex>
+#include <thread>
 
 #include "base/Text.h"
 #include "cli/Args.h"
@@ -85,16 +90,22 @@ std::string defaultOut(const std::string& input, const Args& args) {
   return path.string();
 }
 
-// Shows the share that is done on standard error, when someone watches it.
+// Shows the share that is done of all renders on standard error, when someone watches it.
 class ProgressLine {
  public:
-  explicit ProgressLine(std::string what) : what_(std::move(what)), watched_(::isatty(STDERR_FILENO) != 0) {}
+  ProgressLine(std::string what, size_t renders)
+      : what_(std::move(what)), watched_(::isatty(STDERR_FILENO) != 0), shares_(renders) {}
   ~ProgressLine() {
     if (last_ >= 0) std::fprintf(stderr, "\r\033[K");
   }
-  void operator()(double share) {
-    const int percent = int(share * 100);
-    if (!watched_ || percent == last_) return;
+  void show(size_t render, double share) {
+    if (!watched_) return;
+    const std::lock_guard lock(mutex_);
+    shares_[render] = share;
+    double sum = 0;
+    for (double s : shares_) sum += s;
+    const int percent = int(100 * sum / double(shares_.size()));
+    if (percent == last_) return;
     last_ = percent;
     std::fprintf(stderr, "\rRendering %s %3d %%", what_.c_str(), percent);
     std::fflush(stderr);
@@ -103,6 +114,8 @@ class ProgressLine {
  private:
   std::string what_;
   bool watched_;
+  std::mutex mutex_;
+  std::vector<double> shares_;
   int last_ = -1;
 };
 
@@ -142,20 +155,17 @@ bool isFileFault(const std::string& text) {
   return false;
 }
 
-// Renders into a file; adds seconds and peak_dbfs to `result` when it is given.
-void renderTo(const Project& p, const std::string& path, const Job& job, const std::string& what,
-              Json* result) {
+struct Rendered {
+  double seconds = 0;
+  Json peakDb;
+};
+
+// Renders into a file.
+Rendered renderTo(const Project& p, const std::string& path, const Job& job, const Progress& show) {
   auto file = makeFileSink(job.format, path);
-  if (!file)
-    throw CliError(
-        "render_failed",
-        std::string("Render failed: this version does not write ") + audioFormatInfo(job.format).label,
-        "Write a .wav file");
   MeteredSink sink(*file);
   std::string error;
   try {
-    ProgressLine progress(what);
-    const Progress show = [&](double share) { progress(share); };
     const bool ok = job.span.whole
                         ? renderSong(p, job.loops, sink, error, job.tail, show)
                         : renderSpan(p, job.span.from, job.span.to, job.loops, sink, error, job.tail, show);
@@ -167,7 +177,7 @@ void renderTo(const Project& p, const std::string& path, const Job& job, const s
     if (isFileFault(text)) throw CliError("write_failed", "Cannot write " + path + ": " + text);
     throw CliError("render_failed", "Render failed: " + text);
   }
-  if (result) result->add("seconds", sink.seconds()).add("peak_dbfs", sink.peakDb());
+  return {sink.seconds(), sink.peakDb()};
 }
 
 struct Stem {
@@ -192,19 +202,39 @@ std::vector<Stem> stemsOf(const Project& p, const std::string& folder, AudioForm
   return stems;
 }
 
-Json renderStems(const Project& p, const std::vector<Stem>& stems, const Job& job) {
-  Json rows = Json::array();
+ProjectPtr soloOf(const Project& p, int track) {
   auto solo = copyOf(p);
-  for (const Stem& stem : stems) {
-    for (int t = 0; t < limits::tracks; t++) {
-      solo->tracks[t].solo = t == stem.track;
-      solo->tracks[t].mute = t == stem.track ? 0 : p.tracks[t].mute;
-    }
-    const std::string name(nameText(p.tracks[stem.track].name));
-    renderTo(*solo, stem.path, job, name, nullptr);
-    rows.push(std::move(Json::object().add("track", stem.track).add("name", name).add("wrote", stem.path)));
+  for (int t = 0; t < limits::tracks; t++) {
+    solo->tracks[t].solo = t == track;
+    if (t == track) solo->tracks[t].mute = 0;
   }
-  return rows;
+  return solo;
+}
+
+// Runs every task, as many at a time as there are processors, and throws what the first one to fail threw.
+void runAll(const std::vector<std::function<void()>>& tasks) {
+  std::atomic<size_t> next{0};
+  std::mutex mutex;
+  std::exception_ptr fault;
+  auto work = [&] {
+    for (size_t i = next++; i < tasks.size(); i = next++) {
+      try {
+        tasks[i]();
+      } catch (...) {
+        const std::lock_guard lock(mutex);
+        if (!fault) fault = std::current_exception();
+        next = tasks.size();
+      }
+    }
+  };
+  constexpr size_t most = 8;  // temporary files that a signal still cleans up
+  const size_t count =
+      std::min({tasks.size(), size_t(std::max(1u, std::thread::hardware_concurrency())), most});
+  std::vector<std::thread> helpers;
+  for (size_t i = 1; i < count; i++) helpers.emplace_back(work);
+  work();
+  for (std::thread& t : helpers) t.join();
+  if (fault) std::rethrow_exception(fault);
 }
 
 void makeFolder(const std::string& folder) {
@@ -215,11 +245,11 @@ void makeFolder(const std::string& folder) {
 
 // What can be known to fail is refused before anything is written.
 void requireSound(const Project& p, const Job& job) {
-  if (!canWrite(job.format))
-    throw CliError(
-        "render_failed",
-        std::string("Render failed: this version does not write ") + audioFormatInfo(job.format).label,
-        "Write a .wav file");
+  if (const char* missing = missingFor(job.format))
+    throw CliError("render_failed",
+                   std::string("Render failed: This system cannot encode ") +
+                       audioFormatInfo(job.format).label + ": " + missing + " is not installed",
+                   "Install it, or write a .wav file");
   if (songEnd(p) == 0)
     throw CliError("render_failed", "Render failed: Nothing to export: the Song has no Clips");
   if (job.span.from >= songEnd(p))
@@ -255,13 +285,36 @@ Json renderProject(const Args& args) {
   for (const Stem& stem : stems) refuseExisting(stem.path, force);
   if (args.has("stems")) makeFolder(args.at("stems"));
 
+  // The mix and the stems are renders of their own, side by side.
+  std::vector<std::function<void()>> tasks;
+  ProgressLine progress(onlyStems ? args.at("stems") : out, stems.size() + (onlyStems ? 0 : 1));
+  Rendered mix;
+  auto addTask = [&](const Project& p, const std::string& path, Rendered* into) {
+    tasks.push_back([&, path, into, n = tasks.size()] {
+      const Rendered done = renderTo(p, path, job, [&](double share) { progress.show(n, share); });
+      if (into) *into = done;
+    });
+  };
+  if (!onlyStems) addTask(*project, out, &mix);
+  std::vector<ProjectPtr> solos;
+  for (const Stem& stem : stems) solos.push_back(soloOf(*project, stem.track));
+  for (size_t i = 0; i < stems.size(); i++) addTask(*solos[i], stems[i].path, nullptr);
+  runAll(tasks);
+
   Json result = Json::object();
   if (!onlyStems) result.add("wrote", out);
   result.add("format", audioFormatInfo(job.format).label);
-  if (!onlyStems) renderTo(*project, out, job, out, &result);
+  if (!onlyStems) result.add("seconds", mix.seconds).add("peak_dbfs", mix.peakDb);
   result.add("span", Json::object().add("from", double(job.span.from)).add("to", double(job.span.to)));
   result.add("loops", job.loops).add("tail_s", job.tail);
-  if (args.has("stems")) result.add("stems", renderStems(*project, stems, job));
+  if (!args.has("stems")) return result;
+  Json rows = Json::array();
+  for (const Stem& stem : stems)
+    rows.push(std::move(Json::object()
+                            .add("track", stem.track)
+                            .add("name", nameText(project->tracks[stem.track].name))
+                            .add("wrote", stem.path)));
+  result.add("stems", std::move(rows));
   return result;
 }
 

@@ -9,7 +9,7 @@
 #include "core/model/Clips.h"
 #include "core/model/Notes.h"
 #include "engine/SongRender.h"
-#include "engine/WavSink.h"
+#include "engine/sinks/WavSink.h"
 #include "spec/Examples.h"
 #include "support/Rendered.h"
 #include "support/TempFolder.h"

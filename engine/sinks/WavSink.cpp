@@ -1,4 +1,4 @@
-#include "engine/WavSink.h"
+#include "engine/sinks/WavSink.h"
 
 #include <cstring>
 #include <stdexcept>
