@@ -99,6 +99,61 @@ TEST(Rendering, IsTheSameEachTimeAndFromEitherFile) {
   EXPECT_EQ(digestAt(song / "a.wav"), digestAt(song / "c"));
 }
 
+// What another program reads out of an audio file; empty where there is no ffmpeg.
+Audio decoded(const std::string& path, const std::string& raw) {
+  if (std::system(
+          ("ffmpeg -v error -y -i '" + path + "' -f f32le -c:a pcm_f32le '" + raw + "' </dev/null").c_str()))
+    return {};
+  const std::string bytes = readAll(raw);
+  Audio audio;
+  for (size_t at = 0; at + 8 <= bytes.size(); at += 8) {
+    float pair[2];
+    std::memcpy(pair, bytes.data() + at, 8);
+    audio.left.push_back(pair[0]);
+    audio.right.push_back(pair[1]);
+  }
+  return audio;
+}
+
+TEST(Rendering, EveryFormatDecodesToTheSameSound) {
+  Song song;
+  ASSERT_EQ(song.render({"--out", song / "a.wav"}).status, 0);
+  const Audio wav = wavAt(song / "a.wav");
+  if (decoded(song / "a.wav", song / "raw").size() == 0) GTEST_SKIP() << "ffmpeg is not installed";
+  for (const std::string extension : {"aiff", "flac", "mp3", "m4a"}) {
+    const Reply reply = song.render({"--out", song / ("a." + extension)});
+    ASSERT_EQ(reply.status, 0) << reply.text;
+    const Audio audio = decoded(song / ("a." + extension), song / "raw");
+    if (extension == "aiff" || extension == "flac") {
+      EXPECT_TRUE(sameBytes(audio, wav)) << extension;
+      continue;
+    }
+    // AAC pads its last packet; both lose nothing in front.
+    ASSERT_GE(audio.size(), wav.size()) << extension;
+    EXPECT_LT(audio.size(), wav.size() + (extension == "m4a" ? 2048 : 1)) << extension;
+    EXPECT_NEAR(toDb(rms(audio.left) / rms(wav.left)), 0, 1) << extension;
+    double error = 0, all = 0;
+    for (size_t i = 0; i < wav.size(); i++) {
+      error += std::pow(double(audio.left[i]) - wav.left[i], 2);
+      all += std::pow(double(wav.left[i]), 2);
+    }
+    EXPECT_LT(error / all, 0.05) << extension << " is in time";
+    EXPECT_EQ(song.render({"--out", song / ("b." + extension)}).status, 0);
+    EXPECT_EQ(digestAt(song / ("a." + extension)), digestAt(song / ("b." + extension))) << extension;
+  }
+}
+
+TEST(Rendering, AFormatThatCannotBeWrittenIsRefusedBeforeAnything) {
+  Song song;
+  const std::string path = std::getenv("PATH");
+  ::setenv("PATH", "/nowhere", 1);
+  const Reply reply = song.render({"--out", song / "a.m4a"});
+  ::setenv("PATH", path.c_str(), 1);
+  EXPECT_EQ(reply.code(), "render_failed");
+  EXPECT_EQ(reply.message(), "Render failed: This system cannot encode AAC: ffmpeg is not installed");
+  EXPECT_FALSE(fs::exists(song / "a.m4a"));
+}
+
 TEST(Rendering, RangesSectionsAndLoops) {
   Song song;
   auto frames = [&](Words words, const std::string& span) {

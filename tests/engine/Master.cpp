@@ -6,7 +6,9 @@
 
 #include "core/model/Clips.h"
 #include "core/model/Defaults.h"
+#include "core/model/Lanes.h"
 #include "core/model/Notes.h"
+#include "core/params/Targets.h"
 #include "engine/Dynamics.h"
 #include "engine/MasterEq.h"
 #include "engine/Moves.h"
@@ -228,6 +230,66 @@ TEST(Moves, ASpinGoesBackwardsAndStartsOver) {
   t.values[Moves::SpinBack] = 1;
   const auto fast = t.run(6, 200);
   EXPECT_GT(rms(fast, 200000), 0.2) << "after the ring is used up it starts over";
+}
+
+// A sine that plays for a second into both Sends.
+ProjectPtr steadySong() {
+  auto p = oneTrack(ANALOG);
+  Track& t = p->tracks[0];
+  t.engine1 = 0;
+  t.engine4 = 0;
+  t.sustain = 1;
+  t.send_1 = t.send_2 = 0.7f;
+  addLoop(*p, 0, 16, 0, 0);
+  Note n;
+  n.pitch = 45;
+  n.velocity = 100;
+  n.length = 4096;
+  setNote(*p, 0, 0, 0, 0, n);
+  p->fx1.type = p->fx2.type = FX_OFF;
+  p->fx_chain = 0;
+  return p;
+}
+
+// The sharpest bend of a signal: a click bends it far more than any tone of that pitch does.
+float sharpest(const Audio& a) {
+  float worst = 0;
+  for (size_t i = 2400; i < a.size(); i++)
+    worst = std::max(worst, std::fabs(a.left[i] - 2 * a.left[i - 1] + a.left[i - 2]));
+  return worst;
+}
+
+TEST(Master, LanesOnEveryBusTargetMakeNoClick) {
+  const char* const prefixes[] = {"delay_", "tape_", "hall_", "plate_", "shimmer_", "chorus_"};
+  std::string unheard;
+  for (int target = automation::firstBusTarget; target <= automation::lastBusTarget; target++) {
+    const std::string key = automation::targetInfo(target)->key;
+    auto song = steadySong();
+    int bus = MasterBus;
+    if (key.starts_with("fx1_")) bus = SendI;
+    if (key.starts_with("fx2_")) bus = SendII;
+    for (int type = 0; type < FX_OFF; type++)
+      if (key.substr(std::min<size_t>(4, key.size())).starts_with(prefixes[type]))
+        sendFx(*song, bus).type = u8(type);
+    if (key == "fx_chain" || key.ends_with("_return")) song->fx1.type = song->fx2.type = FX_CHORUS;
+    if (key == "fx_chain") bus = SendI;
+    song->fx1.delay_sync = song->fx2.delay_sync = 0;
+    const LanePoint points[] = {{0, 0, 0, 0}, {64, 65535, 0, 0}, {128, 0, 0, 0}};
+    const int row = laneRow(busOwner(bus), 0);
+    std::copy(points, points + 3, song->lanePoints);
+    song->lanePointCount = 3;
+    song->lanes[row].count = 3;
+    song->lanes[row].enabled = 1;
+    song->lanes[row].target = u8(target + 1);
+    for (int r = row + 1; r < limits::lanes; r++) song->lanes[r].first = 3;
+    const Audio a = renderProject(*song, 1.2);
+    ASSERT_GT(a.size(), 0u) << key;
+    song->lanes[row].enabled = 0;
+    if (sameBytes(a, renderProject(*song, 1.2))) unheard += key + " ";
+    // A delay whose time is swept plays what it holds at up to one and a half times its speed.
+    EXPECT_LT(sharpest(a), key.ends_with("gate") ? 0.02f : 0.006f) << key;
+  }
+  EXPECT_EQ(unheard, "comp_release limiter_ceiling ") << "the tone lies below threshold and ceiling";
 }
 
 TEST(Master, NoSettingPassesTheCeiling) {

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 
 #include "engine/Exchange.h"
@@ -79,7 +80,8 @@ TEST(Threads, ControlAndAudioTogether) {
     }
   });
   Random random(9);
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(3);
+  const char* wanted = std::getenv("QUOREL_SOAK_SECONDS");
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(wanted ? std::atoi(wanted) : 3);
   u64 snapshots = 0, notes = 0;
   for (u32 seed = 1; std::chrono::steady_clock::now() < end; seed++) {
     engine.submitProject(*randomSong(seed % 16));
@@ -95,6 +97,8 @@ TEST(Threads, ControlAndAudioTogether) {
     for (int i = 0; i < 10; i++) engine.noteOn(random.below(6), random.between(36, 80), random.below(128));
     for (int i = 0; i < 10; i++)
       engine.setTouch(random.below(6), random.below(46), random.unit(), random.chance(50));
+    for (int i = 0; i < 4; i++)
+      engine.setTouch(random.between(16, 18), random.between(64, 161), random.unit(), random.chance(50));
     Engine::Audition audition;
     audition.track = u32(random.below(6));
     audition.count = 4;
