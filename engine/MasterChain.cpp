@@ -58,10 +58,6 @@ void blockDc(Master& m, Block& x, int channel, int n) {
   }
 }
 
-bool quiet(const Block& l, const Block& r, int i) {
-  return std::fabs(l[i]) < quietLevel && std::fabs(r[i]) < quietLevel;
-}
-
 // The Master sleeps after a second of silence while the transport stands and no Send sounds on, on the
 // sixteen-sample grid, and wakes with the first segment in which anything may sound.
 bool asleep(EngineCore& core, int n) {
@@ -169,7 +165,7 @@ void renderMaster(EngineCore& core) {
   limit(m, mix.out.l, mix.out.r, n);
   blockDc(m, mix.out.l, 0, n);
   blockDc(m, mix.out.r, 1, n);
-  for (int i = 0; i < n; i++) m.quiet = quiet(mix.out.l, mix.out.r, i) ? m.quiet + 1 : 0;
+  countQuiet(m.quiet, mix.out.l, mix.out.r, quietLevel, n);
   if (core.transport.playing) m.quiet = 0;
 }
 

@@ -215,6 +215,16 @@ void driveTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
   }
 }
 
+// Holds a sample until its phase comes round.
+void hold(float& phase, float& held, float step, float& x) {
+  phase += step;
+  if (phase >= 1) {
+    phase -= 1;
+    held = x;
+  }
+  x = held;
+}
+
 void crushTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
   TrackState& s = core.tracks[t];
   const Value bits(core, t, CRUSH_BITS), coarse(core, t, CRUSH_RATE);
@@ -223,24 +233,24 @@ void crushTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
   const double rate = core.rates.rate;
   auto stepFor = [&](float c) { return float(std::max(rate * math::pow(1 - double(c), 2.2), 400.0) / rate); };
   auto levelsFor = [](float b) { return math::exp2(16 - 14 * b); };
-  float step = stepFor(coarse.first()), levels = levelsFor(bits.first());
-  Block* const channels[2] = {&l, &r};
-  for (int i = 0; i < n; i++) {
-    if (coarse.moves()) step = stepFor(coarse[i]);
-    if (bits.moves()) levels = levelsFor(bits[i]);
-    for (int ch = 0; ch < 2; ch++) {
-      float x = (*channels[ch])[i];
-      if (coarse[i] > 0) {
-        s.crushPhase[ch] += step;
-        if (s.crushPhase[ch] >= 1) {
-          s.crushPhase[ch] -= 1;
-          s.crushHeld[ch] = x;
-        }
-        x = s.crushHeld[ch];
-      }
-      if (bits[i] > 0) x = std::trunc(x * levels) / levels;
-      (*channels[ch])[i] = x;
+  if (coarse.any(n, on)) {
+    float step = stepFor(coarse.first());
+    for (int i = 0; i < n; i++) {
+      if (coarse.moves()) step = stepFor(coarse[i]);
+      if (!(coarse[i] > 0)) continue;
+      hold(s.crushPhase[0], s.crushHeld[0], step, l[i]);
+      hold(s.crushPhase[1], s.crushHeld[1], step, r[i]);
     }
+  }
+  if (!bits.any(n, on)) return;
+  Block levels;
+  levels.fill(levelsFor(bits.first()));
+  for (int i = 0; bits.moves() && i < n; i++) levels[i] = levelsFor(bits[i]);
+  for (int q = 0; q < quads(n); q++) {
+    const f4 q4 = levels.at(q);
+    const i4 rough = bits.four(q) > splat(0);
+    l.put(q, select(rough, toFloats(truncated(l.at(q) * q4)) / q4, l.at(q)));
+    r.put(q, select(rough, toFloats(truncated(r.at(q) * q4)) / q4, r.at(q)));
   }
 }
 
@@ -287,29 +297,41 @@ void tickRooms(EngineCore& core) {
 
 // ---- Width, ducking.
 
+// What lies below `hz` is taken out of the side; `hz` at rest leaves it as it is.
+void narrowLows(EngineCore& core, TrackState& s, const Value& hz, Block& side, int n) {
+  for (int i = 0; i < n; i++) {
+    if (!highpassOn(hz[i])) {
+      s.monoBelowState = 0;
+      continue;
+    }
+    if (s.monoHz != hz[i]) {
+      s.monoHz = hz[i];
+      s.monoCoefficient = float(1 - math::exp(-2 * math::pi * double(s.monoHz) / core.rates.rate));
+    }
+    s.monoBelowState += s.monoCoefficient * (side[i] - s.monoBelowState);
+    side[i] -= s.monoBelowState;
+  }
+}
+
 void widenTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
   TrackState& s = core.tracks[t];
   const Value width(core, t, WIDTH), below(core, t, MONO_BELOW);
-  if (!below.any(n, highpassOn)) {
+  const bool narrows = below.any(n, highpassOn);
+  if (onGrid(core)) s.monoBelowState = flushed(s.monoBelowState);
+  if (!narrows) {
     s.monoBelowState = 0;
     if (!width.any(n, [](float w) { return w != 1; })) return;
   }
-  for (int i = 0; i < n; i++) {
-    const bool mono = highpassOn(below[i]);
-    if (!mono) s.monoBelowState = 0;
-    if (!mono && width[i] == 1) continue;
-    float side = width[i] * (l[i] - r[i]) * 0.5f;
-    const float middle = (l[i] + r[i]) * 0.5f;
-    if (mono) {
-      if (s.monoHz != below[i]) {
-        s.monoHz = below[i];
-        s.monoCoefficient = float(1 - math::exp(-2 * math::pi * double(s.monoHz) / core.rates.rate));
-      }
-      s.monoBelowState = flushed(s.monoBelowState + s.monoCoefficient * (side - s.monoBelowState));
-      side -= s.monoBelowState;
-    }
-    l[i] = middle + side;
-    r[i] = middle - side;
+  Block middle, side;
+  const f4 half = splat(0.5f);
+  for (int q = 0; q < quads(n); q++) {
+    middle.put(q, (l.at(q) + r.at(q)) * half);
+    side.put(q, width.four(q) * (l.at(q) - r.at(q)) * half);
+  }
+  if (narrows) narrowLows(core, s, below, side, n);
+  for (int q = 0; q < quads(n); q++) {
+    l.put(q, middle.at(q) + side.at(q));
+    r.put(q, middle.at(q) - side.at(q));
   }
 }
 

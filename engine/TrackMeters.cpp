@@ -84,14 +84,10 @@ void fadeMeters(EngineCore& core, int t) {
 }
 
 void countQuiet(const EngineCore& core, u32& quiet, const Block& l, const Block& r, int n) {
-  if (core.transport.playing) {
+  if (core.transport.playing)
     quiet = 0;
-  } else if (std::max(peakOf(l, n), peakOf(r, n)) < quietLevel) {
-    quiet += u32(n);
-  } else {
-    for (int i = 0; i < n; i++)
-      quiet = std::fabs(l[i]) < quietLevel && std::fabs(r[i]) < quietLevel ? quiet + 1 : 0;
-  }
+  else
+    dsp::countQuiet(quiet, l, r, quietLevel, n);
 }
 
 }  // namespace synth

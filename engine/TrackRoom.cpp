@@ -47,7 +47,7 @@ void TrackRoom::tick(const Setting& s, bool snap) {
   size_ += (s.size - size_) * c;
   decay_ += (s.decay - decay_) * c;
   const float scale = (0.25f + size_) * float(rate_);
-  for (int k = 0; k < lines; k++) delay_[k].aim(float(lineSeconds[k]) * scale, fresh);
+  for (int k = 0; k < lines; k++) delay_[k].aim(std::round(float(lineSeconds[k]) * scale), fresh);
   if (fresh || size_ != size || decay_ != decay) {
     float mean = 0;
     for (int k = 0; k < lines; k++) {
@@ -76,7 +76,9 @@ void TrackRoom::process(Block& left, Block& right, int n) {
   for (int q = 0; q < quads(n); q++) {
     const u4 at = clock_.after(q);
     f4 y[lines];
-    for (int k = 0; k < lines; k++) y[k] = splat(gain_[k]) * line_[k].read(at, delay_[k].four(q));
+    for (int k = 0; k < lines; k++)
+      y[k] = splat(gain_[k]) * (delay_[k].stands() ? line_[k].four(at[0] - std::uint32_t(delay_[k].start))
+                                                   : line_[k].read(at, delay_[k].four(q)));
     transpose(y[0], y[1], y[2], y[3]);
     f4 low = load(low_);
     const int count = std::min(4, n - 4 * q);
@@ -95,8 +97,7 @@ void TrackRoom::process(Block& left, Block& right, int n) {
   }
   clock_.advance(n);
 
-  for (int i = 0; i < n; i++)
-    quiet_ = std::max(std::fabs(wet[0][i]), std::fabs(wet[1][i])) < hearing ? quiet_ + 1 : 0;
+  countQuiet(quiet_, wet[0], wet[1], hearing, n);
   for (int q = 0; q < quads(n); q++) {
     const f4 m = mix.at(q), dry = splat(1) - splat(dryLoss) * m;
     left.put(q, left.at(q) * dry + splat(wetGain) * m * wet[0].at(q));

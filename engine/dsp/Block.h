@@ -1,6 +1,8 @@
 // The segment: everything in the Engine runs over stretches of at most sixteen samples, cut at events.
 #pragma once
 
+#include <cstdint>
+
 #include "engine/dsp/F4.h"
 
 namespace synth::dsp {
@@ -41,6 +43,18 @@ inline float peakOf(const Block& b, int n) {
   for (int q = 0; q < quads(n); q++) most = max(most, onlyWhere(within(q, n), abs(b.at(q))));
   const f4 pair = max(most, __builtin_shufflevector(most, most, 2, 3, 0, 1));
   return pair[0] > pair[1] ? pair[0] : pair[1];
+}
+
+// How many of the last of n samples lie below `level` in both signals; n when all do.
+inline int quietSince(const Block& l, const Block& r, float level, int n) {
+  int i = n;
+  while (i > 0 && std::fabs(l[i - 1]) < level && std::fabs(r[i - 1]) < level) i--;
+  return n - i;
+}
+// Goes on counting the samples since a signal was last above the level.
+inline void countQuiet(std::uint32_t& quiet, const Block& l, const Block& r, float level, int n) {
+  const int still = quietSince(l, r, level, n);
+  quiet = (still == n ? quiet : 0) + std::uint32_t(still);
 }
 
 }  // namespace synth::dsp

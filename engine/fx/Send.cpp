@@ -130,10 +130,10 @@ void Send::piece(const SendFx& fx, double bpm, const Stereo& in, Stereo& out, in
       for (int i = 0; i < part; i++) {
         out.l[from + i] = wet.l[i] * gains[i];
         out.r[from + i] = wet.r[i] * gains[i];
-        const bool loud = std::max({std::fabs(x.l[i]), std::fabs(x.r[i]), std::fabs(out.l[from + i]),
-                                    std::fabs(out.r[from + i])}) >= hearing;
-        quiet_ = loud ? 0 : quiet_ + 1;
       }
+      const int still =
+          std::min(quietSince(x.l, x.r, hearing, part), quietSince(wet.l, wet.r, hearing, part));
+      quiet_ = (still == part ? quiet_ : 0) + u32(still);
       from += part;
     }
     if (type_ == wanted_) {

@@ -17,10 +17,9 @@ constexpr int modes = 6, tickLength = 16;
 constexpr double ratios[modes] = {1, 1.58, 2.13, 2.72, 3.51, 4.63};
 
 // Mode k of the left channel is lane k, of the right one lane six + k.
-void setModes(MachineState& s, const Run& run, int i) {
-  const double rate = double(run.rate), hz = double((*run.inc)[i]) * rate;
-  const float metal = std::clamp(run.e[0][i], 0.0f, 1.0f),
-              spread = 0.035f * std::clamp(run.e[3][i], 0.0f, 1.0f);
+void setModes(MachineState& s, double rate) {
+  const double hz = double(s.step) * rate;
+  const float metal = s.metal, spread = 0.035f * s.spread;
   const float Q = 260 * metal * metal + 2.5f, shape = 0.65f * metal + 0.35f;
   float weight = 1;
   for (int k = 0; k < modes; k++, weight *= shape) {
@@ -35,12 +34,31 @@ void setModes(MachineState& s, const Run& run, int i) {
       b.a2[lane % 4] = v.a2;
       b.a3[lane % 4] = v.a3;
       b.gain[lane % 4] = v.k * weight * room;
-      b.ic1[lane % 4] = flushed(b.ic1[lane % 4]);
-      b.ic2[lane % 4] = flushed(b.ic2[lane % 4]);
     }
   }
   // Unit-peak band passes on white noise grow with the root of their width: this takes it back.
   s.gain = float(0.22 * std::sqrt(double(Q) * rate / std::max(hz, 1.0)));
+}
+
+// Every sixteen samples of the clock: the modes follow what moves them.
+void tick(KindState& st, const Run& run, int i) {
+  MachineState& s = st.machine;
+  const float metal = std::clamp(run.e[0][i], 0.0f, 1.0f), spread = std::clamp(run.e[3][i], 0.0f, 1.0f);
+  const float step = (*run.inc)[i];
+  if (metal != s.metal || spread != s.spread || step != s.step) {
+    s.metal = metal;
+    s.spread = spread;
+    s.step = step;
+    setModes(s, double(run.rate));
+  }
+  for (FormantBank& b : s.modes)
+    for (int k = 0; k < 4; k++) {
+      b.ic1[k] = flushed(b.ic1[k]);
+      b.ic2[k] = flushed(b.ic2[k]);
+    }
+  s.friction = flushed(s.friction);
+  st.strike = flushed(st.strike);
+  for (float& y : s.soft) y = flushed(y);
 }
 
 struct Channels {
@@ -78,14 +96,9 @@ void renderMachine(KindState& st, Run& run) {
   advance(st.phaseA, *run.inc, *run.phase, run.n);
   const float inverse = 1 / run.rate;
   for (int i = 0; i < run.n; i++) {
-    if (!s.set || ((run.clock + u64(i)) & (tickLength - 1)) == 0) {
-      setModes(s, run, i);
-      s.friction = flushed(s.friction);
-      st.strike = flushed(st.strike);
-      for (float& y : s.soft) y = flushed(y);
-      if (!s.set) newGrain(st, run, i);
-      s.set = true;
-    }
+    const bool begins = s.step < 0;
+    if (begins || ((run.clock + u64(i)) & (tickLength - 1)) == 0) tick(st, run, i);
+    if (begins) newGrain(st, run, i);
     const float e2 = run.e[1][i], e3 = run.e[2][i], apart = std::clamp(run.e[3][i], 0.0f, 1.0f);
     const float first = white(st.seed), second = first + apart * (white(st.seed) - first);
     s.grain += s.grainRate * inverse;

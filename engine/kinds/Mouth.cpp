@@ -20,13 +20,11 @@ constexpr float damping[3] = {5.5f, 8, 9}, share[3] = {1, 0.75f, 0.35f};
 constexpr float lowK = 1.4142135f;
 constexpr int tickLength = 8;
 
-// The vowel's filters, every eight samples of the clock.
-void setFilters(MouthState& m, const Run& run, int i) {
-  const double rate = double(run.rate);
-  const float v = 4 * std::clamp(run.e[1][i], 0.0f, 1.0f);
+// The vowel's three filters.
+void setFormants(MouthState& m, double rate) {
+  const float v = 4 * m.vowel;
   const int row = std::min(int(v), 3);
-  const float x = v - float(row), bite = std::clamp(run.soft * run.e[2][i], 0.0f, 1.0f);
-  const float narrow = 0.8f * bite + 0.7f;
+  const float x = v - float(row), narrow = 0.8f * m.bite + 0.7f;
   FormantBank& bank = m.formants;
   for (int k = 0; k < 3; k++) {
     const double low = formants[row][k], high = formants[row + 1][k];
@@ -35,14 +33,35 @@ void setFilters(MouthState& m, const Run& run, int i) {
     bank.a2[k] = f.a2;
     bank.a3[k] = f.a3;
     bank.gain[k] = f.k * share[k];
-    bank.ic1[k] = flushed(bank.ic1[k]);
-    bank.ic2[k] = flushed(bank.ic2[k]);
   }
-  const float hz = std::clamp(2.5f * (*run.inc)[i] * run.rate, 90.0f, 600.0f);
-  const Svf f = Svf::at(svfG(double(hz), rate), lowK);
+}
+
+void setLow(MouthState& m, double rate) {
+  const double hz = std::clamp(2.5 * double(m.step) * rate, 90.0, 600.0);
+  const Svf f = Svf::at(svfG(hz, rate), lowK);
   m.lowA1 = f.a1;
   m.lowA2 = f.a2;
   m.lowA3 = f.a3;
+}
+
+// Every eight samples of the clock: the filters follow what moves them.
+void tick(MouthState& m, const Run& run, int i) {
+  const double rate = double(run.rate);
+  const float vowel = std::clamp(run.e[1][i], 0.0f, 1.0f);
+  const float bite = std::clamp(run.soft * run.e[2][i], 0.0f, 1.0f);
+  if (vowel != m.vowel || bite != m.bite) {
+    m.vowel = vowel;
+    m.bite = bite;
+    setFormants(m, rate);
+  }
+  if (m.step != (*run.inc)[i]) {
+    m.step = (*run.inc)[i];
+    setLow(m, rate);
+  }
+  for (int k = 0; k < 3; k++) {
+    m.formants.ic1[k] = flushed(m.formants.ic1[k]);
+    m.formants.ic2[k] = flushed(m.formants.ic2[k]);
+  }
   m.low1 = flushed(m.low1);
   m.low2 = flushed(m.low2);
   m.breath = flushed(m.breath);
@@ -76,10 +95,7 @@ void renderVoice(KindState& st, Run& run) {
   advance(st.phaseC, inc, *run.phase, run.n);
   Block wet = {};
   for (int i = 0; i < run.n; i++) {
-    if (!m.set || ((run.clock + u64(i)) & (tickLength - 1)) == 0) {
-      setFilters(m, run, i);
-      m.set = true;
-    }
+    if (m.step < 0 || ((run.clock + u64(i)) & (tickLength - 1)) == 0) tick(m, run, i);
     const float air = std::clamp(run.e[0][i], 0.0f, 1.0f),
                 bite = std::clamp(run.soft * run.e[2][i], 0.0f, 1.0f);
     m.breath += (white(st.seed) - m.breath) * 0.35f;

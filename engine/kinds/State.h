@@ -24,14 +24,14 @@ struct MouthState {
   FormantBank formants;
   float breath = 0;
   float lowA1 = 0, lowA2 = 0, lowA3 = 0, low1 = 0, low2 = 0;  // the growl's filter
-  bool set = false;
+  float vowel = -1, bite = -1, step = -1;                     // what the filters stand for
 };
 
 // Six modes a channel: the left ones and the right ones in turn.
 struct MachineState {
   FormantBank modes[3];
   float friction = 1, grain = 0, grainSize = 0.45f, grainRate = 0.5f, soft[2] = {}, gain = 0;
-  bool set = false;
+  float metal = -1, spread = -1, step = -1;  // what the modes stand for
 };
 
 struct RiftState {
