@@ -329,9 +329,11 @@ void widenTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
     side.put(q, width.four(q) * (l.at(q) - r.at(q)) * half);
   }
   if (narrows) narrowLows(core, s, below, side, n);
+  // A sample that nothing touches stays what it is, whatever its neighbours in the segment do.
   for (int q = 0; q < quads(n); q++) {
-    l.put(q, middle.at(q) + side.at(q));
-    r.put(q, middle.at(q) - side.at(q));
+    const i4 untouched = (width.four(q) == splat(1)) & (below.four(q) <= splat(highpassOff));
+    l.put(q, select(untouched, l.at(q), middle.at(q) + side.at(q)));
+    r.put(q, select(untouched, r.at(q), middle.at(q) - side.at(q)));
   }
 }
 
