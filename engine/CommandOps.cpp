@@ -50,6 +50,7 @@ void takeProject(EngineCore& core, u32 slot) {
       for (float& v : core.overrides.lock[t]) v = noValue;
     }
   bindLanes(core);
+  resetMacros(core);
   core.master.eq.install(core.projects[int(slot)].masterEq, core.sampleClock == 0);
   core.master.eq.forget();
   core.busDirty = true;

@@ -94,6 +94,7 @@ bool Engine::submitProject(const Project& project) {
   std::memcpy(static_cast<void*>(&place.project), &project, sizeof(Project));
   buildIndex(place.project, place.index);
   place.masterEq = masterEqOf(place.project, core_->rates.rate);
+  for (int t = 0; t < limits::tracks; t++) macros::buildPlan(place.project, t, place.plans[t]);
   core_->projects.publish(slot);
   if (send(Op::Submit, u32(slot))) return true;
   core_->projects.release(slot);

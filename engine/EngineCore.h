@@ -10,6 +10,7 @@
 #include "engine/Dynamics.h"
 #include "engine/Engine.h"
 #include "engine/Exchange.h"
+#include "engine/MacroApply.h"
 #include "engine/MasterEq.h"
 #include "engine/Moves.h"
 #include "engine/SampleSlots.h"
@@ -35,6 +36,7 @@ struct ProjectSlot {
   Project project;
   SongIndex index;
   MasterEqDesign masterEq;
+  macros::Plan plans[limits::tracks];
 };
 
 // Numbers that follow from the sample rate alone.
@@ -231,6 +233,8 @@ struct EngineCore {
   Metronome click;
 
   Overrides overrides;
+  TrackMacros macros[limits::tracks];
+  Track liveTracks[limits::tracks];  // Tracks as their Macros move them, where they do
   LaneBindings lanes;
   Prepared prepared[limits::tracks];
   float busValue[automation::busTargets] = {};
@@ -254,7 +258,10 @@ struct EngineCore {
   Telemetry view{};  // filled and then published; kept for its counters
 
   // The Track as its readers see it.
-  const Track& track(int t) const { return project->tracks[t]; }
+  const Track& track(int t) const { return macros[t].live ? liveTracks[t] : project->tracks[t]; }
+  // As the Project has it, unmoved by Macros.
+  const Track& storedTrack(int t) const { return project->tracks[t]; }
+  const macros::Plan& plan(int t) const { return projects[int(activeSlot)].plans[t]; }
   int trackCount() const { return project->track_count; }
 };
 

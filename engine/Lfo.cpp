@@ -52,8 +52,8 @@ float shapeValue(int shape, double cycles, u32 seed, const float* sine) {
 }
 
 float valueOf(const EngineCore& core, const Voice& v, int which) {
-  const Track& track = core.track(v.track);
-  const Setting s = settingOf(track, which);
+  // The stored rate: what a Macro, a Lock or a Lane adds to it is in the offset, which does not jump.
+  const Setting s = settingOf(core.storedTrack(v.track), which);
   const u64 since = s.retrigger ? core.sampleClock - v.sampleStart : core.sampleClock;
   double cycles;
   if (s.sync) {
@@ -71,7 +71,7 @@ float valueOf(const EngineCore& core, const Voice& v, int which) {
 
 void advanceOffsets(EngineCore& core, int n) {
   for (int t = 0; t < core.trackCount(); t++) {
-    const Track& track = core.track(t);
+    const Track& track = core.storedTrack(t);
     const Prepared& now = core.prepared[t];
     for (int which = 0; which < 2; which++) {
       const Setting s = settingOf(track, which);

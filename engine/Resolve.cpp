@@ -232,7 +232,7 @@ namespace {
 
 void rebuildStanding(EngineCore& core, int t) {
   Prepared& now = core.prepared[t];
-  const Track& track = core.track(t);
+  const Track& track = core.storedTrack(t);
   now.dirty = false;
   now.lanesDirty = true;
   now.overridden = 0;
@@ -268,7 +268,9 @@ void applyLanes(EngineCore& core, int t) {
 }  // namespace
 
 void prepareTracks(EngineCore& core) {
+  const bool tick = (core.sampleClock & 31) == 0;
   for (int t = 0; t < limits::tracks; t++) {
+    if (core.plan(t).linkCount && (tick || core.prepared[t].dirty)) applyMacros(core, t);
     if (core.prepared[t].dirty) rebuildStanding(core, t);
     if (core.prepared[t].lanesDirty) applyLanes(core, t);
   }

@@ -31,8 +31,11 @@ float busValue(const EngineCore& core, int target);
 // The newest sounding Note's Locks on targets that act behind the voices; on the 32-sample grid.
 void mergeLocks(EngineCore& core);
 
-// A target as a voice sees it: its own Lock first, unless a held touch replaces it.
+// A target as a voice sees it: moved by its Macros, else its own Lock unless a held touch replaces it.
 inline float voiceParam(const EngineCore& core, const Voice& v, int target) {
+  if (core.macros[v.track].mask >> target & 1 || v.macroMask)
+    if (const u64 bit = u64(1) << target; (v.macroMask | core.macros[v.track].mask) & bit)
+      return v.macroMask & bit ? v.macroValues[target] : core.macros[v.track].unlocked[target];
   if ((v.lockMask >> target & 1) && !hasValue(core.overrides.touch[v.track][target]))
     return v.lockValues[target];
   return core.prepared[v.track].value[target];

@@ -87,6 +87,10 @@ struct Voice {
   float lockValues[automation::trackTargets] = {};
   u16 macroLockMask = 0;
   float macroLocks[limits::macros] = {};
+  // What Macros make of the targets for this voice alone, where it has Locks.
+  u64 macroMask = 0;
+  float macroValues[automation::trackTargets] = {};
+  u32 macroVersion = ~0u, macroSerial = 0;
   u32 lockCounter = 0;
 
   // Declick: a voice that is cut short fades its last output over 64 samples.

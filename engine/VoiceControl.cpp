@@ -144,6 +144,7 @@ void controlVoice(EngineCore& core, Voice& v, bool first) {
   if (v.isPad) return controlHit(core, v);
   const Track& track = core.track(v.track);
   Voice::Control& c = v.control;
+  applyVoiceMacros(core, v);
   const Modulation m = modulate(core, v, track);
   controlEnvelopes(core, v, track);
   controlFilter(core, v, track, m, first);

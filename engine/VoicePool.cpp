@@ -132,6 +132,7 @@ void start(EngineCore& core, int t, const Note& note, bool live, double gateEnd)
   v.glideFrequency = v.targetFrequency = v.frequency;
   v.clickLevel = track.click > 0 ? 1 : 0;
   decodeLocks(core, v, note);
+  applyVoiceMacros(core, v);
   for (int k = 0; k < 4; k++) v.engine[k] = voiceParam(core, v, automation::ENGINE_1 + k);
   v.pitchEnv = voiceParam(core, v, automation::PITCH_ENV);
   v.pitchEnvTime = std::max(voiceParam(core, v, automation::PITCH_ENV_TIME), 0.002f);

@@ -12,6 +12,7 @@
 #include "core/model/Patterns.h"
 #include "core/model/Tracks.h"
 #include "core/params/Targets.h"
+#include "core/sounds/MacroEdit.h"
 #include "core/sounds/Macros.h"
 
 namespace synth::test {
@@ -76,7 +77,9 @@ Note randomNote(Random& r, const Track& track, bool plain) {
   if (!r.chance(30)) return note;
   int locks = 0;
   for (int tries = 0; tries < 4; tries++) {
-    const int target = isDrums(track) ? (r.chance(50) ? automation::PITCH : automation::DECAY) : r.below(46);
+    int target = isDrums(track) ? (r.chance(50) ? automation::PITCH : automation::DECAY) : r.below(46);
+    if (!isDrums(track) && track.macroCount && r.chance(30))
+      target = automation::firstMacroTarget + r.below(track.macroCount);
     bool used = !automation::lockable(target, isDrums(track));
     for (int i = 0; i < locks; i++) used |= note.locks[i].target == target + 1;
     if (used) continue;
@@ -195,6 +198,23 @@ ProjectPtr randomProject(u32 seed) {
   return project;
 }
 
+// Two Macros that move whatever they may.
+void addMacros(Random& r, Project& p, int t) {
+  const Track& track = p.tracks[t];
+  std::vector<const param::Info*> movable;
+  for (const param::Info& info : param::all())
+    if (macros::targetable(info, track.track_kind, track.engine)) movable.push_back(&info);
+  std::string error;
+  for (const char* name : {"FIRST", "SECOND"}) {
+    const int slot = macros::add(p, t, name, r.chance(50), r.unit(), error);
+    for (int n = r.between(1, 4); n > 0 && slot >= 0; n--) {
+      const param::Info& info = *movable[size_t(r.below(int(movable.size())))];
+      macros::map(p, t, slot, info, info.scope == param::ScopePad ? r.below(limits::pads) : -1,
+                  2 * r.unit() - 1, 2 * r.unit() - 1, 0.5f * r.unit(), 1 - 0.4f * r.unit(), error);
+    }
+  }
+}
+
 ProjectPtr randomSong(u32 seed) {
   Random r(seed);
   auto project = makeProject();
@@ -227,6 +247,7 @@ ProjectPtr randomSong(u32 seed) {
       track.pad_choke[pad] = u8(r.below(3));
       track.pad_gate[pad] = r.chance(30) ? r.unit() * 0.2f : 0;
     }
+    if (r.chance(50)) addMacros(r, p, t);
     const int id = addLoop(p, t, 16, 0, 0);
     for (int s = 0; s < 16; s++)
       for (int n = r.chance(45) ? r.between(1, 2) : 0; n > 0; n--) {
@@ -237,6 +258,8 @@ ProjectPtr randomSong(u32 seed) {
       }
     for (int lane = 0; lane < 3; lane++)
       if (r.chance(60)) setLane(p, laneRow(t, lane), r.below(46), randomPoints(r, 16));
+    for (int m = 0; m < track.macroCount; m++)
+      if (r.chance(50)) setLane(p, laneRow(t, 3 + m), automation::firstMacroTarget + m, randomPoints(r, 16));
   }
   for (const param::Info& info : param::all())
     if (info.scope == param::ScopeProject && r.chance(50) &&
