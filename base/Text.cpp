@@ -68,4 +68,18 @@ std::string number(double value, bool asFloat32) {
   return general(value, 17);
 }
 
+bool fromHex(std::string_view digits, unsigned char* bytes, std::size_t count) {
+  if (digits.size() != 2 * count) return false;
+  auto value = [](char c) {
+    if (c >= '0' && c <= '9') return c - '0';
+    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
+    return c >= 'A' && c <= 'F' ? c - 'A' + 10 : -1;
+  };
+  for (char c : digits)
+    if (value(c) < 0) return false;
+  for (std::size_t i = 0; i < count; i++)
+    bytes[i] = static_cast<unsigned char>(value(digits[2 * i]) * 16 + value(digits[2 * i + 1]));
+  return true;
+}
+
 }  // namespace synth::text

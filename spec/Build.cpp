@@ -5,6 +5,7 @@
 #include "core/model/Tracks.h"
 #include "spec/Arrangement.h"
 #include "spec/Patterns.h"
+#include "spec/Sounds.h"
 #include "spec/Tracks.h"
 #include "spec/Values.h"
 
@@ -36,12 +37,6 @@ void readProject(Project& p, const Json& section) {
   applyValues(p, section, param::ScopeProject, 0, 0, "project", "loop");
 }
 
-void readBuses(const Json& section) {
-  if (!list(section, "\"buses\" is an array").empty())
-    throw SpecError("\"buses\" is not read by this version yet",
-                    "Leave it out: the rows then show their default Pins");
-}
-
 void readBase(const Json& base) {
   if (!base.isString() || base.string() != "v5") throw SpecError("Unknown base (only \"v5\")");
   throw SpecError("\"base\": \"v5\" is not read by this version yet", "Leave it out: new specs omit it");
@@ -69,7 +64,7 @@ ProjectPtr build(const Json& spec) {
   section("lanes", [&](const Json& v) { readLanes(p, v); });
   section("master", [&](const Json& v) { readMasterLanes(p, v); });
   section("markers", [&](const Json& v) { readMarkers(p, v); });
-  section("buses", readBuses);
+  section("buses", [&](const Json& v) { readBuses(p, v); });
   canonical(p);
   return project;
 }

@@ -5,7 +5,7 @@
 #include "base/Text.h"
 #include "core/Names.h"
 #include "core/model/Defaults.h"
-#include "core/sounds/Macros.h"
+#include "spec/Sounds.h"
 #include "spec/Values.h"
 
 namespace synth::spec {
@@ -28,24 +28,11 @@ void readPresetName(Track& track, const Json& name, const std::string& where) {
 }
 
 // A Macro is set by its name in capitals beside the registry's keys.
-bool setMacro(Track& track, const std::string& name, const Json& value) {
-  const int slot = name.empty() || name[0] < 'A' || name[0] > 'Z' ? -1 : macros::find(track, name);
-  if (slot < 0) return false;
-  MacroRec& macro = track.macros[slot];
-  const double lo = macro.polarity ? -1 : 0;
-  if (!value.isNumber()) throw SpecError("Expected a number for " + name);
-  if (!(value.number() >= lo && value.number() <= 1))
-    throw SpecError(Fault::OutOfRange, name + " = " + text::number(value.number(), false) + " is outside " +
-                                           (macro.polarity ? "-1..1" : "0..1"));
-  macro.value = f32(value.number());
-  return true;
-}
-
 void readParams(Project& p, int t, const Json& params, const std::string& where) {
   requireObject(params, where + ".params");
   inPlace(where + ".params", [&] {
     for (const Json::Member& member : params.members())
-      if (!setMacro(p.tracks[t], member.key, member.value))
+      if (!readMacroValue(p.tracks[t], member.key, member.value))
         applyValue(p, parameterOf(member.key, param::ScopeTrack), member.value, t, 0);
   });
 }
@@ -57,14 +44,6 @@ void refuseUnbuilt(const Json& object, const std::string& where) {
                     "This version has no Presets yet: set the sound with engine_defaults and params");
   }
   if (object.find("v5_slot")) throw SpecError("\"v5_slot\" needs \"base\": \"v5\"");
-  for (const char* key : {"macros", "pins", "sample"}) {
-    const Json* value = object.find(key);
-    const bool none =
-        value && std::string_view(key) == "macros" && value->isArray() && value->items().empty();
-    if (!value || value->isNull() || none) continue;
-    throw SpecError("\"" + std::string(key) + "\" in " + where + " is not read by this version yet",
-                    "Leave it out");
-  }
 }
 
 void readTrack(Project& p, const Json& object, const std::string& where) {
@@ -86,8 +65,11 @@ void readTrack(Project& p, const Json& object, const std::string& where) {
   key("name", [&](const Json& v) { readTrackName(track, v, where); });
   key("origin", [&](const Json& v) { track.origin = u8(integer(v, whatOf("origin", where), 0, 255)); });
   key("engine_defaults", [&](const Json& v) { setSynthKind(track, int(valueOf(row("engine"), v, p, t))); });
+  key("macros", [&](const Json& v) { readMacros(p, t, v); });
   key("params", [&](const Json& v) { readParams(p, t, v, where); });
+  key("sample", [&](const Json& v) { readSample(track, v, where + ".sample"); });
   key("preset_name", [&](const Json& v) { readPresetName(track, v, where); });
+  key("pins", [&](const Json& v) { readPins(track, v); });
 }
 
 int firstDrums(const Project& p) {

@@ -11,8 +11,6 @@
 namespace synth::macros {
 namespace {
 
-constexpr int firstPin = 1000;  // Pins below are values, from here on Macro slots
-
 bool known(const Project& p, int track, int slot) {
   return track >= 0 && track < limits::tracks && slot >= 0 && slot < p.tracks[track].macroCount;
 }
@@ -76,10 +74,10 @@ void rewritePins(PinList& pins, Place place) {
   int kept = 0;
   for (int i = 0; i < pins.count; i++) {
     u16 id = pins.ids[i];
-    if (id >= firstPin) {
-      const int now = place(id - firstPin);
+    if (id >= limits::firstMacroPin) {
+      const int now = place(id - limits::firstMacroPin);
       if (now < 0) continue;
-      id = u16(firstPin + now);
+      id = u16(limits::firstMacroPin + now);
     }
     pins.ids[kept++] = id;
   }

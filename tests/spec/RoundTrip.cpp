@@ -6,6 +6,8 @@
 #include "core/ProjectFile.h"
 #include "core/model/Lanes.h"
 #include "core/params/Registry.h"
+#include "core/sounds/Pins.h"
+#include "spec/Arrangement.h"
 #include "spec/Rows.h"
 #include "support/Cli.h"
 #include "support/RandomProject.h"
@@ -20,22 +22,26 @@ Json paramsOf(const Project& p, param::Scope scope, int t = 0, int pad = 0) {
   return params;
 }
 
-// Everything that a spec can say of a Project, spelled out. Macros, Pins and Samples are taken away first.
+// Everything that a spec can say of a Project, spelled out. Pins that a sound does not list are taken away
+// first: a spec refuses them.
 Json specOf(Project& p) {
   Json tracks = Json::array(), pads = Json::array(), patterns = Json::array(), clips = Json::array(),
        lanes = Json::array(), master = Json::array(), markers = Json::array();
-  for (PinList& pins : p.busPins) pins = {};
+  Json buses = Json::array();
+  for (int bus : {SendI, SendII, MasterBus}) {
+    if (p.busPins[bus].custom) pins::setBusKeys(p, bus, pins::busKeys(p, bus));
+    buses.push(std::move(
+        Json::object().add("bus", spec::busKey(bus)).add("pins", spec::pinsSpec(p.busPins[bus], nullptr))));
+  }
   for (int t = 0; t < limits::tracks; t++) {
     Track& track = p.tracks[t];
-    const Track none;
-    std::memcpy(track.macros, none.macros, sizeof track.macros);
-    std::memcpy(track.sample_hash, none.sample_hash, sizeof track.sample_hash);
-    std::memcpy(track.sample_name, none.sample_name, sizeof track.sample_name);
-    track.macroCount = 0;
-    track.pins = {};
+    if (track.pins.custom) pins::setKeys(track, pins::keys(track));
     Json o = Json::object();
-    o.add("index", t).add("origin", int(track.origin)).add("params", paramsOf(p, param::ScopeTrack, t));
+    o.add("index", t).add("kind", int(track.track_kind)).add("engine_defaults", int(track.engine));
+    o.add("origin", int(track.origin)).add("params", paramsOf(p, param::ScopeTrack, t));
     o.add("name", nameText(track.name)).add("preset_name", nameText(track.preset_name));
+    o.add("macros", spec::macrosSpec(track)).add("pins", spec::pinsSpec(track.pins, &track));
+    if (const Json sample = spec::sampleSpec(track); !sample.isNull()) o.add("sample", sample);
     tracks.push(std::move(o));
     for (int pad = 0; pad < limits::pads && isDrums(track); pad++) {
       Json row = Json::object();
@@ -53,8 +59,10 @@ Json specOf(Project& p) {
   if (p.loopEnd) project.add("loop", Json::array().push(double(p.loopStart)).push(double(p.loopEnd)));
   o.add("name", projectName(p)).add("project", std::move(project)).add("tracks", std::move(tracks));
   o.add("pads", std::move(pads)).add("patterns", std::move(patterns)).add("clips", std::move(clips));
-  return std::move(
-      o.add("lanes", std::move(lanes)).add("master", std::move(master)).add("markers", std::move(markers)));
+  return std::move(o.add("lanes", std::move(lanes))
+                       .add("master", std::move(master))
+                       .add("markers", std::move(markers))
+                       .add("buses", std::move(buses)));
 }
 
 // Pad values of Tracks that are no kits cannot be said in a spec; both sides show their defaults.

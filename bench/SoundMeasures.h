@@ -1,0 +1,100 @@
+// What docs/sound.md is measured with: sounds rendered from the Engine's parts, and what is read off them.
+#pragma once
+
+#include <vector>
+
+#include "engine/Dynamics.h"
+#include "engine/MasterEq.h"
+#include "engine/ModFx.h"
+#include "engine/TrackRoom.h"
+#include "engine/drums/Hit.h"
+#include "engine/fx/Send.h"
+#include "support/Rendered.h"
+
+namespace synth::sound {
+
+using Signal = std::vector<float>;
+using test::Audio;
+
+inline constexpr double rate = 48000;
+double hzOf(int note);
+
+// ---- Renders.
+
+// One held note of the Project's first Track, from `settle` seconds after its start. `mid` and `side` come
+// back as left and right, at the level they have behind the kind: what amp, Track and Master take is undone.
+Audio heldKind(const Project& project, int note, double seconds, double settle = 0);
+// The Engine's own output for the same.
+Audio held(const Project& project, int note, double seconds, double settle = 0);
+Signal hit(const drums::Setting& setting, double seconds);
+Audio throughSend(const SendFx& fx, const Audio& in, double seconds);
+Audio throughRoom(const TrackRoom::Setting& setting, const Signal& in, double seconds);
+Audio throughModFx(const ModFx::Setting& setting, const Audio& in);
+Signal throughDynamics(float saturation, float amount, const Signal& in);
+// The gain in dB of a Master equalizer for a sine.
+double eqGain(const MasterEqDesign& design, double hz, double sampleRate);
+
+Signal sine(double hz, double level, double seconds);
+Signal noise(double level, double seconds);
+// One sample of 1 every `spacing` seconds.
+Signal clicks(double spacing, double seconds);
+// A short tone that swells and fades within `seconds`, then silence up to `total`.
+Signal burst(double hz, double seconds, double total);
+inline Audio mono(const Signal& x) { return {x, x}; }
+
+// ---- Levels.
+
+double meanSquare(const Signal& x, double from = 0, double to = 1e9);  // seconds
+double rmsDb(const Signal& x, double from = 0, double to = 1e9);
+Signal middle(const Audio& a);
+Signal side(const Audio& a);
+double correlation(const Audio& a, double from);
+// Seconds until the signal stays `db` below its peak.
+double timeTo(const Signal& x, double db);
+
+// ---- Spectra.
+
+// Mean square by frequency, through a Blackman-Harris window: what lies five bins beside a line is 92 dB
+// down.
+class Spectrum {
+ public:
+  explicit Spectrum(const Signal& x, double from = 0, double to = 1e9);
+  double between(double low, double high) const;
+  double total() const { return between(lowest, rate / 2); }
+  // What lies within `width` Hz of the multiples of a frequency.
+  double onMultiples(double hz, double width) const;
+  double loudestHz() const;
+  // Half the width of a line, in Hz.
+  double lineWidth() const { return 4.5 * resolution_; }
+  double at(double hz) const;
+
+ private:
+  static constexpr double lowest = 10;
+  double binHz_, resolution_;
+  std::vector<double> power_;
+};
+
+// The mean frequency of the energy, over short frames so that an attack counts.
+double centroid(const Signal& x);
+// Energy on no multiple of hz, in dB of all.
+double inharmonicDb(const Signal& x, double hz);
+double decibels(double meanSquareRatio);
+
+// The time in which a tail falls by 60 dB (Schroeder, 1965, from -5 to -35 dB), of the octave around `hz`
+// or, at 0, of everything.
+double rt60(const Signal& x, double from, double hz);
+
+// ---- Echoes.
+
+struct Echo {
+  double seconds, db;
+};
+// The loudest places of a signal, in their order, that lie above `floorDb`; a level is against `reference`.
+std::vector<Echo> echoes(const Signal& x, double reference, double floorDb);
+// The shortest and the longest delay, in ms, at which clicks come back.
+struct Reach {
+  double shortest, longest;
+};
+Reach delayReach(const Signal& x, double spacing, bool skipDry);
+
+}  // namespace synth::sound
