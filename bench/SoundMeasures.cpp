@@ -66,17 +66,6 @@ double blackmanHarris(double x) {
          0.01168 * std::cos(6 * M_PI * x);
 }
 
-// Two band passes in a row, an octave wide.
-Signal octave(const Signal& x, double hz) {
-  Signal out = x;
-  for (int pass = 0; pass < 2; pass++) {
-    const dsp::Svf f = dsp::Svf::at(dsp::svfG(hz, rate), 0.6f);
-    dsp::SvfState state;
-    for (float& v : out) v = f.k * state.run(f, v).band;
-  }
-  return out;
-}
-
 }  // namespace
 
 double hzOf(int note) { return 440 * std::exp2((note - 69) / 12.0); }
@@ -177,6 +166,16 @@ Signal noise(double level, double seconds) {
   return x;
 }
 
+Signal octave(const Signal& x, double hz) {
+  Signal out = x;
+  for (int pass = 0; pass < 2; pass++) {
+    const dsp::Svf f = dsp::Svf::at(dsp::svfG(hz, rate), 0.6f);
+    dsp::SvfState state;
+    for (float& v : out) v = f.k * state.run(f, v).band;
+  }
+  return out;
+}
+
 Signal clicks(double spacing, double seconds) {
   Signal x(frames(seconds));
   for (size_t i = 0; i < x.size(); i += frames(spacing)) x[i] = 1;
@@ -268,18 +267,17 @@ double Spectrum::loudestHz() const {
   return double(std::max_element(from, power_.end()) - power_.begin()) * binHz_;
 }
 
-double Spectrum::at(double hz) const {
-  return power_[std::min(size_t(hz / binHz_ + 0.5), power_.size() - 1)];
-}
-
-double centroid(const Signal& x) {
-  constexpr size_t length = 4096;
+double centroid(const Signal& x, double to) {
+  // The first frame has the signal's start in its middle.
+  constexpr size_t length = 4096, before = length / 2;
+  const size_t end = std::min(x.size(), frames(to));
   double energy = 0, moment = 0;
   std::vector<Complex> bins(length);
-  for (size_t at = 0; at == 0 || at + length <= x.size(); at += length / 2) {
+  for (size_t at = 0; at < end + before; at += length / 2) {
     for (size_t i = 0; i < length; i++) {
       const double w = 0.5 - 0.5 * std::cos(2 * M_PI * double(i) / length);
-      bins[i] = at + i < x.size() ? w * double(x[at + i]) : 0;
+      const size_t k = at + i - before;
+      bins[i] = at + i >= before && k < end ? w * double(x[k]) : 0;
     }
     transform(bins);
     for (size_t k = 2; k < length / 2; k++) {
@@ -308,27 +306,60 @@ double rt60(const Signal& x, double from, double hz) {
   return 2 * (reach(-35) - reach(-5));
 }
 
-// ---- Echoes.
+Harmonics harmonicsOf(const Signal& x, double hz) {
+  const Spectrum s(x);
+  const double w = s.lineWidth(), own = s.between(hz - w, hz + w);
+  return {decibels(own), decibels(s.between(2 * hz - w, 2 * hz + w) / own),
+          decibels(s.between(3 * hz - w, 3 * hz + w) / own), decibels((s.total() - own) / own)};
+}
+
+// ---- Impulse responses.
+
+double response(const Signal& impulse, double hz) {
+  Complex sum = 0;
+  const Complex turn = std::polar(1.0, -2 * M_PI * hz / rate);
+  Complex phase = 1;
+  for (float v : impulse) {
+    sum += double(v) * phase;
+    phase *= turn;
+  }
+  return std::norm(sum);
+}
+
+std::vector<double> notches(const Signal& impulse) {
+  constexpr double step = 1.004, deep = 0.02;
+  std::vector<double> found;
+  double before = response(impulse, 20 / step), here = response(impulse, 20);
+  for (double hz = 20; hz < 20000; hz *= step) {
+    const double next = response(impulse, hz * step);
+    if (here < deep && here < before && here <= next) found.push_back(hz);
+    before = here;
+    here = next;
+  }
+  return found;
+}
 
 std::vector<Echo> echoes(const Signal& x, double reference, double floorDb) {
   // The energy of fifty milliseconds around each place, every half millisecond.
-  constexpr size_t half = 1200, hop = 24, apart = 2 * half / hop;
-  std::vector<double> sums(x.size() + 1);
-  for (size_t i = 0; i < x.size(); i++) sums[i + 1] = sums[i] + double(x[i]) * x[i];
+  constexpr size_t half = 1200, hop = 24, apart = half / hop;
+  std::vector<double> sums(x.size() + 1), moments(x.size() + 1);
+  for (size_t i = 0; i < x.size(); i++) {
+    const double e = double(x[i]) * x[i];
+    sums[i + 1] = sums[i] + e;
+    moments[i + 1] = moments[i] + e * double(i);
+  }
+  auto within = [&](const std::vector<double>& v, size_t at) {
+    return v[std::min(at + half, x.size())] - v[at > half ? at - half : 0];
+  };
   std::vector<double> energy;
-  for (size_t at = 0; at < x.size(); at += hop)
-    energy.push_back(sums[std::min(at + half, x.size())] - sums[at > half ? at - half : 0]);
+  for (size_t at = 0; at < x.size(); at += hop) energy.push_back(within(sums, at));
   std::vector<Echo> found;
   for (size_t k = 0; k < energy.size(); k++) {
-    const size_t from = k > apart / 2 ? k - apart / 2 : 0, to = std::min(k + apart / 2, energy.size() - 1);
+    const size_t from = k > apart ? k - apart : 0, to = std::min(k + apart, energy.size() - 1);
     const auto most = std::max_element(energy.begin() + long(from), energy.begin() + long(to) + 1);
     const double db = decibels(energy[k] / reference);
     if (size_t(most - energy.begin()) != k || db < floorDb) continue;
-    // The window holds the whole echo over a stretch: its middle is the echo's place.
-    size_t end = k;
-    while (end + 1 < energy.size() && energy[end + 1] > 0.999 * energy[k]) end++;
-    found.push_back({double(k + end) / 2 * hop / rate, db});
-    k = end;
+    found.push_back({within(moments, k * hop) / energy[k] / rate, db});
   }
   return found;
 }
@@ -346,6 +377,24 @@ Reach delayReach(const Signal& x, double spacing, bool skipDry) {
       }
   }
   return reach;
+}
+
+double truePeak(const Signal& x) {
+  constexpr int reach = 24;
+  double most = double(test::peak(x));
+  const double worth = 0.8 * most;
+  for (size_t i = reach; i + reach < x.size(); i++) {
+    if (std::max(std::fabs(x[i]), std::fabs(x[i + 1])) < worth) continue;
+    for (int part = 1; part < 4; part++) {
+      double sum = 0;
+      for (int k = 1 - reach; k <= reach; k++) {
+        const double t = k - part * 0.25, w = 0.5 + 0.5 * std::cos(M_PI * t / (reach + 1));
+        sum += double(x[size_t(long(i) + k)]) * w * std::sin(M_PI * t) / (M_PI * t);
+      }
+      most = std::max(most, std::fabs(sum));
+    }
+  }
+  return most;
 }
 
 }  // namespace synth::sound

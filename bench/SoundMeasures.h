@@ -36,6 +36,8 @@ double eqGain(const MasterEqDesign& design, double hz, double sampleRate);
 
 Signal sine(double hz, double level, double seconds);
 Signal noise(double level, double seconds);
+// What two band passes in a row, together about an octave wide, leave of a signal.
+Signal octave(const Signal& x, double hz);
 // One sample of 1 every `spacing` seconds.
 Signal clicks(double spacing, double seconds);
 // A short tone that swells and fades within `seconds`, then silence up to `total`.
@@ -66,7 +68,6 @@ class Spectrum {
   double loudestHz() const;
   // Half the width of a line, in Hz.
   double lineWidth() const { return 4.5 * resolution_; }
-  double at(double hz) const;
 
  private:
   static constexpr double lowest = 10;
@@ -75,26 +76,40 @@ class Spectrum {
 };
 
 // The mean frequency of the energy, over short frames so that an attack counts.
-double centroid(const Signal& x);
+double centroid(const Signal& x, double to = 100);
 // Energy on no multiple of hz, in dB of all.
 double inharmonicDb(const Signal& x, double hz);
 double decibels(double meanSquareRatio);
+// A tone's level, and its second and third harmonic and everything beside it against it, in dB.
+struct Harmonics {
+  double level, second, third, all;
+};
+Harmonics harmonicsOf(const Signal& x, double hz);
 
 // The time in which a tail falls by 60 dB (Schroeder, 1965, from -5 to -35 dB), of the octave around `hz`
 // or, at 0, of everything.
 double rt60(const Signal& x, double from, double hz);
 
-// ---- Echoes.
+// ---- Impulse responses.
+
+// The power gain at a frequency.
+double response(const Signal& impulse, double hz);
+// Where the response has minima of less than -17 dB, in Hz.
+std::vector<double> notches(const Signal& impulse);
 
 struct Echo {
   double seconds, db;
 };
-// The loudest places of a signal, in their order, that lie above `floorDb`; a level is against `reference`.
+// The loudest places of a signal, in their order, that lie above `floorDb`; their energy is told against
+// `reference`.
 std::vector<Echo> echoes(const Signal& x, double reference, double floorDb);
 // The shortest and the longest delay, in ms, at which clicks come back.
 struct Reach {
   double shortest, longest;
 };
 Reach delayReach(const Signal& x, double spacing, bool skipDry);
+
+// The highest peak between the samples too, by reading the band-limited signal four times as often.
+double truePeak(const Signal& x);
 
 }  // namespace synth::sound

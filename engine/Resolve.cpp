@@ -40,7 +40,8 @@ float storedValue(const Track& track, int target) {
 }
 
 LaneScale scaleOf(int target) {
-  if (target >= ENGINE_1 && target <= ENGINE_4) return {LaneScale::Linear, 0, 1, 0};
+  if (isMacroTarget(target) || (target >= ENGINE_1 && target <= ENGINE_4))
+    return {LaneScale::Linear, 0, 1, 0};
   const param::Info* info = targetInfo(target);
   if (!info || target == PITCH || info->whole()) return {};
   if (info->curve == param::Linear) return {LaneScale::Linear, info->min, info->max, 0};
@@ -52,7 +53,7 @@ void bind(LaneReader& reader, int row, int target) {
   reader = LaneReader{};
   reader.row = u16(row);
   reader.target = target;
-  if (isTrackTarget(target)) reader.scale = scaleOf(target);
+  if (isTrackTarget(target) || isMacroTarget(target)) reader.scale = scaleOf(target);
 }
 
 float scaled(const LaneReader& reader, float normalized) {
