@@ -9,7 +9,10 @@ const std::vector<Command>& registerCommands() {
       commands::version(),        commands::params(),          commands::targets(),
       commands::examples(),       commands::projectNew(),      commands::engines(),
       commands::projectHistory(), commands::projectRestore(),  commands::projectBuild(),
-      commands::projectSet(),     commands::projectValidate(), commands::render(),
+      commands::projectSet(),     commands::projectValidate(), commands::macroList(),
+      commands::macroAdd(),       commands::macroRename(),     commands::macroRemove(),
+      commands::macroMap(),       commands::macroUnmap(),      commands::macroSet(),
+      commands::render(),
   };
   return table;
 }

@@ -19,6 +19,13 @@ Command projectSet();
 Command projectValidate();
 Command projectHistory();
 Command projectRestore();
+Command macroList();
+Command macroAdd();
+Command macroRename();
+Command macroRemove();
+Command macroMap();
+Command macroUnmap();
+Command macroSet();
 Command render();
 
 }  // namespace synth::cli::commands

@@ -1,20 +1,15 @@
+#include <cmath>
 #include <cstring>
 
 #include "base/Suggest.h"
 #include "base/Text.h"
 #include "cli/Args.h"
 #include "cli/Error.h"
-#include "cli/LoadAny.h"
-#include "cli/RunContext.h"
 #include "cli/commands/Commands.h"
-#include "cli/commands/Summary.h"
-#include "cli/write/WritePath.h"
+#include "cli/write/EditProject.h"
 #include "core/Names.h"
-#include "core/ProjectFile.h"
 #include "core/edit/Workspace.h"
-#include "core/model/Validate.h"
 #include "core/sounds/Macros.h"
-#include "spec/Diff.h"
 #include "spec/Values.h"
 
 namespace synth::cli::commands {
@@ -42,13 +37,9 @@ Json jsonOf(const std::string& text) {
 }
 
 bool setMacro(Track& track, const std::string& name, const Json& value) {
-  const int slot = macros::find(track, name);
-  if (slot < 0 || name.empty() || name[0] < 'A' || name[0] > 'Z') return false;
-  const bool bipolar = track.macros[slot].polarity;
-  if (!value.isNumber() || !(value.number() >= (bipolar ? -1 : 0) && value.number() <= 1))
-    throw CliError("out_of_range",
-                   std::string("A Macro's value is ") + (bipolar ? "-1..1 (bipolar)" : "0..1"));
-  track.macros[slot].value = f32(value.number());
+  const int slot = name.empty() || name[0] < 'A' || name[0] > 'Z' ? -1 : macros::slotNamed(track, name);
+  if (slot < 0) return false;
+  setMacroValue(track.macros[slot], value.isNumber() ? value.number() : NAN);
   return true;
 }
 
@@ -81,33 +72,18 @@ void assign(Project& p, const Place& place, const std::string& text) {
   spec::applyValue(p, *info, value, std::max(place.track, 0), std::max(place.pad, 0));
 }
 
-// What a dry run compares with: the destination as it stands, or the input.
-ProjectPtr standing(const Destination& destination, const Project& input) {
-  auto there = newProject();
-  std::string error;
-  if (destination.dryRun && loadProject(destination.path, *there, error)) return there;
-  return copyOf(input);
-}
-
 Json set(const Args& args) {
-  const std::string& input = args.positionals[0];
-  const Destination destination = destinationOf(args, input);
-  checkExists(destination);
-  auto before = loadProjectFile(input);
-  auto project = copyOf(*before);
-  const Place place = placeOf(args, *project);
-  try {
-    for (size_t i = 1; i < args.positionals.size(); i++) assign(*project, place, args.positionals[i]);
-  } catch (const spec::SpecError& error) {
-    throw CliError(error.code(), error.message(), error.hint());
-  }
-  std::string error;
-  if (!validateProject(*project, error))
-    throw CliError("invalid_project", "The change makes an invalid project: " + error);
-  context().undoLabel = "SET " + args.positionals[1].substr(0, args.positionals[1].find('='));
-  Json result = writeProject(*project, destination);
-  result.add("changes", spec::diffProjects(*standing(destination, *before), *project));
-  return result;
+  return editProject(args, "SET " + args.positionals[1].substr(0, args.positionals[1].find('=')),
+                     [&](Project& p) {
+                       const Place place = placeOf(args, p);
+                       try {
+                         for (size_t i = 1; i < args.positionals.size(); i++)
+                           assign(p, place, args.positionals[i]);
+                       } catch (const spec::SpecError& error) {
+                         throw CliError(error.code(), error.message(), error.hint());
+                       }
+                       return Json::object();
+                     });
 }
 
 }  // namespace

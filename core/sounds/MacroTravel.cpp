@@ -2,8 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
+#include "base/Math.h"
+#include "base/Text.h"
 #include "core/params/Perceptual.h"
 
 namespace synth::macros {
@@ -54,6 +58,21 @@ double amountFor(const param::Info& info, f32 base, double current, f32 wanted) 
   }
   const double amount = middle - current;
   return std::fabs(amount) < 1e-5 ? 0 : amount;
+}
+
+std::string amountText(const param::Info& info, f32 amount) {
+  if (perceptual::unitOf(info) == perceptual::Time) {
+    // The shortest ratio whose logarithm is the amount.
+    const double ratio = math::exp2(double(amount));
+    for (int digits = 1; digits < 17; digits++) {
+      char buffer[32];
+      std::snprintf(buffer, sizeof buffer, "%.*g", digits, ratio);
+      if (f32(math::log2(std::strtod(buffer, nullptr))) == amount)
+        return "×" + text::number(std::strtod(buffer, nullptr), false);
+    }
+    return "×" + text::number(ratio, false);
+  }
+  return (amount > 0 ? "+" : "") + text::number(amount);
 }
 
 std::string unitName(const param::Info& info) {

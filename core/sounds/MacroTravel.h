@@ -22,6 +22,8 @@ f32 resulting(const Project& project, int track, const param::Info& info, int pa
 // there, for numbers that are not finite and for a value without a range.
 double amountFor(const param::Info& info, f32 base, double current, f32 wanted);
 
+// An amount as it is read and printed: "+1.5", "-0.3", a ratio of times as "×2".
+std::string amountText(const param::Info& info, f32 amount);
 // "oct", "dB", "×" or the value's own unit; "" for a percentage.
 std::string unitName(const param::Info& info);
 

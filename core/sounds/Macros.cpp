@@ -111,6 +111,14 @@ int find(const Track& track, std::string_view name) {
   return -1;
 }
 
+int slotNamed(const Track& track, std::string_view name) {
+  const int slot = find(track, name);
+  if (slot >= 0) return slot;
+  const int target = automation::trackTargetNamed(name);
+  const int place = automation::isMacroTarget(target) ? target - automation::firstMacroTarget : -1;
+  return place < track.macroCount ? place : -1;
+}
+
 f32 fromNormalized(bool bipolar, f32 x) {
   x = std::isfinite(x) ? std::clamp(x, 0.0f, 1.0f) : 0;
   if (!bipolar) return x;

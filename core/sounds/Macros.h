@@ -22,6 +22,8 @@ bool targetable(const param::Info& info, int kind, int engine);
 std::string cleanName(std::string_view name);
 // The slot of the Macro of that name, or -1.
 int find(const Track& track, std::string_view name);
+// The same, also by its place: MACRO_1 .. MACRO_16.
+int slotNamed(const Track& track, std::string_view name);
 // A Macro's value from the 0..1 of Lanes and Locks; the centre of a bipolar one is exactly 0.
 f32 fromNormalized(bool bipolar, f32 x);
 f32 toNormalized(bool bipolar, f32 value);

@@ -1,0 +1,48 @@
+#include "cli/write/EditProject.h"
+
+#include "cli/Error.h"
+#include "cli/LoadAny.h"
+#include "cli/RunContext.h"
+#include "cli/commands/Summary.h"
+#include "core/ProjectFile.h"
+#include "core/model/Validate.h"
+#include "spec/Diff.h"
+
+namespace synth::cli {
+namespace {
+
+// What a dry run compares with: the destination as it stands, or the input.
+ProjectPtr standing(const Destination& destination, const Project& input) {
+  auto there = newProject();
+  std::string error;
+  if (destination.dryRun && loadProject(destination.path, *there, error)) return there;
+  return copyOf(input);
+}
+
+}  // namespace
+
+Json editProject(const Args& args, const std::string& undoLabel, const std::function<Json(Project&)>& edit) {
+  const std::string& input = args.positionals[0];
+  const Destination destination = destinationOf(args, input);
+  checkExists(destination);
+  auto before = loadProjectFile(input);
+  auto project = copyOf(*before);
+  Json told = edit(*project);
+  std::string error;
+  if (!validateProject(*project, error))
+    throw CliError("invalid_project", "The change makes an invalid project: " + error);
+  context().undoLabel = undoLabel;
+  Json result = writeProject(*project, destination);
+  addAll(result, std::move(told));
+  result.add("changes", spec::diffProjects(*standing(destination, *before), *project));
+  return result;
+}
+
+void setMacroValue(MacroRec& macro, double value) {
+  if (!(value >= (macro.polarity ? -1 : 0) && value <= 1))
+    throw CliError("out_of_range",
+                   std::string("A Macro's value is ") + (macro.polarity ? "-1..1 (bipolar)" : "0..1"));
+  macro.value = f32(value);
+}
+
+}  // namespace synth::cli

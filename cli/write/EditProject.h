@@ -1,0 +1,17 @@
+// What every command does that changes a project: read it, change a copy, check it, write it, and say what
+// changed.
+#pragma once
+
+#include <functional>
+
+#include "cli/write/WritePath.h"
+
+namespace synth::cli {
+
+// `edit` changes the Project and answers the members that stand between `wrote` and `changes`.
+Json editProject(const Args& args, const std::string& undoLabel, const std::function<Json(Project&)>& edit);
+
+// Turns a Macro; refuses what lies outside its range.
+void setMacroValue(MacroRec& macro, double value);
+
+}  // namespace synth::cli
