@@ -37,6 +37,13 @@ MasterEqDesign masterEqOf(const Project& p, double rate) {
   return designMasterEq(gains, rate);
 }
 
+// What stands beside a Project in its slot.
+void derive(ProjectSlot& slot, double rate) {
+  buildIndex(slot.project, slot.index);
+  slot.masterEq = masterEqOf(slot.project, rate);
+  for (int t = 0; t < limits::tracks; t++) macros::buildPlan(slot.project, t, slot.plans[t]);
+}
+
 template <class T, std::size_t N>
 void forget(T (&values)[N]) {
   std::fill(std::begin(values), std::end(values), noValue);
@@ -56,7 +63,7 @@ EngineCore::EngineCore(double sampleRate) : rates(ratesFor(usableRate(sampleRate
   forget(overrides.busLane);
   const int slot = projects.take();
   std::memcpy(static_cast<void*>(&projects[slot].project), makeProject().get(), sizeof(Project));
-  buildIndex(projects[slot].project, projects[slot].index);
+  derive(projects[slot], rates.rate);
   projects.publish(slot);
   project = &projects[slot].project;
   index = &projects[slot].index;
@@ -92,9 +99,7 @@ bool Engine::submitProject(const Project& project) {
   if (slot < 0) return false;
   ProjectSlot& place = core_->projects[slot];
   std::memcpy(static_cast<void*>(&place.project), &project, sizeof(Project));
-  buildIndex(place.project, place.index);
-  place.masterEq = masterEqOf(place.project, core_->rates.rate);
-  for (int t = 0; t < limits::tracks; t++) macros::buildPlan(place.project, t, place.plans[t]);
+  derive(place, core_->rates.rate);
   core_->projects.publish(slot);
   if (send(Op::Submit, u32(slot))) return true;
   core_->projects.release(slot);

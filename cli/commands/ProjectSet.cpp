@@ -66,7 +66,7 @@ void assign(Project& p, const Place& place, const std::string& text) {
   if (info->scope == param::ScopeTrack && place.track < 0)
     throw usage(key + " is a track parameter", "Name the track with --track");
   if (std::strcmp(info->key, "track_kind") == 0) {
-    switchTrackKind(p, place.track, int(spec::valueOf(*info, value, p, place.track)));
+    workspace::switchTrackKind(p, place.track, int(spec::valueOf(*info, value, p, place.track)));
     return;
   }
   spec::applyValue(p, *info, value, std::max(place.track, 0), std::max(place.pad, 0));

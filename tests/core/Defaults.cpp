@@ -154,9 +154,9 @@ TEST(Defaults, MakeATrackOfTheOtherKind) {
   auto p = makeProject();
   p->lanes[laneRow(1, 0)] = {1, 5, 0, 0};
   p->lanes[laneRow(1, 1)] = {1, 7, 0, 0};
-  EXPECT_FALSE(switchTrackKind(*p, 1, MELODIC) || switchTrackKind(*p, 16, DRUMS) ||
-               switchTrackKind(*p, 1, 2));
-  EXPECT_TRUE(switchTrackKind(*p, 1, DRUMS));
+  EXPECT_FALSE(workspace::switchTrackKind(*p, 1, MELODIC) || workspace::switchTrackKind(*p, 16, DRUMS) ||
+               workspace::switchTrackKind(*p, 1, 2));
+  EXPECT_TRUE(workspace::switchTrackKind(*p, 1, DRUMS));
   EXPECT_TRUE(isDrums(p->tracks[1]));
   EXPECT_EQ(trackClips(*p, 1), 0);
   // CUTOFF goes, LEVEL stays; a default name becomes the kind's.
@@ -164,7 +164,7 @@ TEST(Defaults, MakeATrackOfTheOtherKind) {
   EXPECT_EQ(p->lanes[laneRow(1, 1)].target, 7);
   EXPECT_EQ(nameText(p->tracks[1].name).substr(0, 5), "DRUMS");
   setName(p->tracks[1].name, "MY KIT");
-  EXPECT_TRUE(switchTrackKind(*p, 1, MELODIC));
+  EXPECT_TRUE(workspace::switchTrackKind(*p, 1, MELODIC));
   EXPECT_EQ(nameText(p->tracks[1].name), "MY KIT");
   std::string error;
   EXPECT_TRUE(validateProject(*p, error)) << error;

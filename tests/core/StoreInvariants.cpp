@@ -45,7 +45,7 @@ class Player {
       case 13: clearTrack(p(), t, r_.chance(50)); return true;
       case 14: return copyTrack(p(), t, r_.between(-1, 6));
       case 15: return moveTracks();
-      case 16: return switchTrackKind(p(), t, r_.between(-1, 2));
+      case 16: return workspace::switchTrackKind(p(), t, r_.between(-1, 2));
       default: canonical(p()); return false;
     }
   }
