@@ -11,8 +11,6 @@
 #include "base/ReadFile.h"
 #include "bench/SoundMeasures.h"
 #include "core/SynthKinds.h"
-#include "core/model/Clips.h"
-#include "core/model/Lanes.h"
 #include "core/params/Options.h"
 #include "core/params/Targets.h"
 
@@ -56,19 +54,6 @@ class Table {
 
 // ---- Kinds.
 
-float& knob(Track& t, int k) {
-  float* const knobs[] = {&t.engine1, &t.engine2, &t.engine3, &t.engine4};
-  return *knobs[k];
-}
-
-// A Track whose envelope holds and whose filter is linear and open: the kind itself.
-ProjectPtr bare(int kind) {
-  auto p = test::oneTrack(kind);
-  p->tracks[0].sustain = 1;
-  p->tracks[0].filter_type = 1;
-  return p;
-}
-
 void kindRow(Table& table, const std::string& label, const Project& p) {
   const int kind = p.tracks[0].engine;
   const Audio a = heldKind(p, 60, 1.25);
@@ -76,16 +61,14 @@ void kindRow(Table& table, const std::string& label, const Project& p) {
   // The 16' bar of the organ sounds an octave below the note.
   const Spectrum s(mid, 0, 1);
   const double share = s.onMultiples(hzOf(60) / (kind == ORGAN ? 2 : 1), 10) / s.total();
-  table.row({label, db(rmsDb(mid, 0, 1)), hertz(centroid(mid)), number(100 * std::min(share, 1.0)),
-             signedDb(rmsDb(mid, 1, 1.25) - rmsDb(mid, 0, 0.25)), db(rmsDb(wide) - rmsDb(mid))});
-}
-
-Table kindHead() {
-  return Table({"Setting", "Level, dB", "Centroid, Hz", "On harmonics, %", "After 1 s, dB", "Side, dB"});
+  table.row({label, db(rmsDb(mid, 0, 1)), hertz(centroid(mid, 0.03)), hertz(centroid(mid)),
+             number(100 * std::min(share, 1.0)), signedDb(rmsDb(mid, 1, 1.25) - rmsDb(mid, 0, 0.25)),
+             db(rmsDb(wide) - rmsDb(mid))});
 }
 
 std::string kindTable(int kind) {
-  Table table = kindHead();
+  Table table(
+      {"Setting", "Level, dB", "Attack, Hz", "Centroid, Hz", "On harmonics, %", "After 1 s, dB", "Side, dB"});
   auto p = bare(kind);
   kindRow(table, "INIT", *p);
   for (int k = 0; k < 4; k++)
@@ -94,9 +77,8 @@ std::string kindTable(int kind) {
       // The second oscillator of ANALOG is silent in INIT: its knobs are measured with it.
       const bool second = kind == ANALOG && (k == 1 || k == 2);
       if (second) turned->tracks[0].osc_b_level = 1;
-      knob(turned->tracks[0], k) = float(end);
-      kindRow(table,
-              std::string(engineParamName(kind, k)) + ' ' + number(end) + (second ? ", OSC B 1" : ""),
+      knob(*turned, k) = float(end);
+      kindRow(table, std::string(engineParamName(kind, k)) + ' ' + number(end) + (second ? ", OSC B 1" : ""),
               *turned);
     }
   if (kind == ANALOG)
@@ -120,14 +102,17 @@ std::string aliases() {
       {ANALOG, 0, "ANALOG, pulse", {1, 0.2f, 0, 0}},
       {ANALOG, 1, "ANALOG SYNC, RATIO 0", {1, 0, 0, 0}},
       {ANALOG, 1, "ANALOG SYNC, RATIO 0.5", {1, 0.5f, 0, 0}},
-      {FM, 0, "FM, TONE 1, RATIO 0.25", {1, 0.25f, 0, 0}},
-      {FM, 0, "FM, all of it", {1, 0.25f, 1, 1}},
+      {ANALOG, 1, "ANALOG SYNC, RATIO 1", {1, 1, 0, 0}},
+      {FM, 0, "FM, TONE 1", {1, 0.25f, 0, 0}},
+      {FM, 0, "FM, TONE 1, FEEDBACK 0.5", {1, 0.25f, 0, 0.5f}},
+      {FM, 0, "FM, TONE 1, SHAPE 1", {1, 0.25f, 1, 0}},
+      {FM, 0, "FM, TONE 1, SHAPE 1, FEEDBACK 1", {1, 0.25f, 1, 1}},
       {ORGAN, 0, "ORGAN, TYPE 1, BASS 1", {1, 1, 0, 0}},
       {WAVETABLE, 0, "WAVETABLE, TABLE 0.3, POSITION 1", {0.3f, 1, 0, 0}},
       {WAVETABLE, 0, "WAVETABLE, the same, WARP 1", {0.3f, 1, 1, 0}},
-      {TINE, 0, "TINE, TEXTURE 0, PUNCH 1, TINE 0", {1, 0, 1, 0}},
-      {VOICE, 0, "VOICE, BREATH 0, VOWEL 1, BITE 0", {0, 1, 0, 0}},
-      {VOICE, 0, "VOICE, the same, BITE 1", {0, 1, 1, 0}},
+      {TINE, 0, "TINE, TONE 1, PUNCH 1", {1, 0, 1, 0}},
+      {VOICE, 0, "VOICE, VOWEL 1", {0, 1, 0, 0}},
+      {VOICE, 0, "VOICE, VOWEL 0.5, BITE 1", {0, 0.5f, 1, 0}},
   };
   Table table({"Sound", "C5, dB", "C7, dB", "C5 through the LADDER, dB", "C7 through the LADDER, dB"});
   for (const Case& c : cases) {
@@ -138,7 +123,7 @@ std::string aliases() {
         Track& t = p->tracks[0];
         t.filter_type = filter;
         t.analog_mode = u8(c.mode);
-        std::copy(c.e, c.e + 4, &t.engine1);
+        for (int k = 0; k < 4; k++) knob(*p, k) = c.e[k];
         const Audio a = heldKind(*p, note, 1, 0.3);
         row.push_back(db(inharmonicDb(a.left, hzOf(note) / (c.kind == ORGAN ? 2 : 1)), 0));
       }
@@ -167,42 +152,37 @@ std::string drumModels() {
 
 // ---- The voice's filters.
 
-// The gain in dB that the filter gives a weak sine at `ratio` times its cutoff.
 double filterGain(int type, float resonance, double ratio) {
-  constexpr int note = 81;
-  auto p = test::oneTrack(ANALOG);
-  Track& t = p->tracks[0];
-  t.sustain = 1;
-  t.engine1 = 0;
-  t.engine4 = 0;
-  t.osc_level = 0.02f;
-  t.filter_type = u8(type);
-  t.resonance = resonance;
-  t.cutoff = float(hzOf(note) / ratio);
-  const Audio a = heldKind(*p, note, 0.25, 0.5);
-  // The sine at that level, before any filter.
-  constexpr double dry = 0.42 * 0.7 * 0.02;
-  return test::toDb(test::sineLevel(a.left, hzOf(note), rate) / dry);
+  const Signal x = filtered(type, resonance, ratio);
+  return test::toDb(test::sineLevel(x, hzOf(filterNote), rate) / filterDry);
+}
+
+std::string peakOf(int type, float resonance) {
+  double most = -200, where = 0;
+  for (double octaves = -0.7; octaves < 0.71; octaves += 0.02) {
+    const double gain = filterGain(type, resonance, std::exp2(octaves));
+    if (gain <= most) continue;
+    most = gain;
+    where = std::exp2(octaves);
+  }
+  return signedDb(most) + " at " + number(where, 2);
 }
 
 std::string voiceFilters() {
   static const char* const names[] = {"LADDER", "LOWPASS", "HIGHPASS", "BANDPASS", "NOTCH"};
-  const double ratios[] = {0.125, 0.25, 0.5, 1, 2, 4, 8};
-  Table table({"Type", "1/8", "1/4", "1/2", "Cutoff", "2", "4", "8", "Peak at RESONANCE 0.5",
-               "Peak at RESONANCE 0.9"});
+  Table table({"Type", "1/8", "1/4", "1/2", "Cutoff", "2", "4", "8", "1/8 at RESONANCE 0.9", "Peak at 0.5",
+               "Peak at 0.9", "Peak at 1"});
   for (int type = 0; type < 5; type++) {
     std::vector<std::string> row = {names[type]};
-    for (double ratio : ratios) row.push_back(db(filterGain(type, 0, ratio)));
-    for (float resonance : {0.5f, 0.9f}) {
-      double most = -200, where = 0;
-      for (double octave = -0.7; octave < 0.71; octave += 0.02) {
-        const double gain = filterGain(type, resonance, std::exp2(octave));
-        if (gain > most) {
-          most = gain;
-          where = std::exp2(octave);
-        }
-      }
-      row.push_back(signedDb(most) + " at " + number(where, 2));
+    for (double ratio : {0.125, 0.25, 0.5, 1.0, 2.0, 4.0, 8.0}) row.push_back(db(filterGain(type, 0, ratio)));
+    row.push_back(db(filterGain(type, 0.9f, 0.125)));
+    for (float resonance : {0.5f, 0.9f, 1.0f}) {
+      const Signal x = filtered(type, resonance, 0.25);
+      const double sings = Spectrum(x).loudestHz() / hzOf(filterNote);
+      // A filter that sings by itself has no gain that could be told.
+      row.push_back(type == 4   ? "-"
+                    : sings > 2 ? "sings at " + db(rmsDb(x)) + " dB"
+                                : peakOf(type, resonance));
     }
     table.row(row);
   }
@@ -228,8 +208,8 @@ std::string modFx() {
       ModFx::Setting s = modSetting(type, depth);
       const Audio wide = throughModFx(s, mono(in));
       const double mid = rmsDb(middle(wide));
-      std::vector<std::string> row = {names[type], number(depth, 1), "", "", db(rmsDb(side(wide)) - mid),
-                                      signedDb(mid - rmsDb(in))};
+      std::vector<std::string> row = {names[type], number(double(depth), 1),    "",
+                                      "",          db(rmsDb(side(wide)) - mid), signedDb(mid - rmsDb(in))};
       if (type != ModFx::PhaserType) {
         const bool mixed = type != ModFx::VinylType;
         const Reach r = delayReach(throughModFx(s, mono(clicks(0.025, 8))).left, 0.025, mixed);
@@ -241,32 +221,19 @@ std::string modFx() {
   return table.text();
 }
 
-// Where the response of an effect at rest falls deepest between two rises.
-std::vector<double> notches(const ModFx::Setting& setting) {
-  Signal click(size_t(1.4 * rate));
-  click[size_t(0.2 * rate)] = 1;
-  const Signal out = throughModFx(setting, mono(click)).left;
-  const Spectrum s(out, 0.1, 0.3);
-  std::vector<double> found;
-  for (double hz = 40; hz < 20000; hz *= 1.005) {
-    const double here = s.between(hz * 0.995, hz * 1.005) / hz;
-    auto beside = [&](double at) { return s.between(at * 0.995, at * 1.005) / at; };
-    bool deepest = here < 0.25 * beside(hz * 1.3) && here < 0.25 * beside(hz / 1.3);
-    for (int k = 1; k < 12 && deepest; k++)
-      deepest = here <= beside(hz * std::pow(1.005, k)) && here < beside(hz * std::pow(1.005, -k));
-    if (deepest) found.push_back(hz);
-  }
-  return found;
-}
-
 std::string phaser() {
-  Table table({"TONE", "Notches at DEPTH 0, Hz"});
+  Table table({"TONE", "First notch, Hz", "Second, Hz", "Third, Hz", "Level between, dB"});
+  Signal click(size_t(0.5 * rate));
+  click[0] = 1;
   for (float tone : {0.0f, 0.5f, 1.0f}) {
     ModFx::Setting s = modSetting(ModFx::PhaserType, 0);
     s.tone = tone;
-    std::string text;
-    for (double hz : notches(s)) text += (text.empty() ? "" : ", ") + hertz(hz);
-    table.row({number(tone, 1), text});
+    const Signal out = throughModFx(s, mono(click)).left;
+    std::vector<std::string> row = {number(double(tone), 1)};
+    const std::vector<double> found = notches(out);
+    for (size_t k = 0; k < 3; k++) row.push_back(k < found.size() ? hertz(found[k]) : "-");
+    row.push_back(found.size() < 2 ? "-" : db(decibels(response(out, std::sqrt(found[0] * found[1])))));
+    table.row(row);
   }
   return table.text();
 }
@@ -290,7 +257,7 @@ std::string vinyl() {
     double low = 10, high = 20000;
     while (low < 1000 && gain(low) < most - 3) low *= 1.03;
     while (high > 1000 && gain(high) < most - 3) high /= 1.03;
-    table.row({number(tone, 1), hertz(low), hertz(high), noiseDb(0), noiseDb(0.95f)});
+    table.row({number(double(tone), 1), hertz(low), hertz(high), noiseDb(0), noiseDb(0.95f)});
   }
   return table.text();
 }
@@ -300,7 +267,7 @@ std::string room() {
                "4 kHz at DAMP 0.4, s", "Level, dB"});
   for (float size : {0.0f, 0.4f, 1.0f})
     for (float decay : {0.1f, 0.5f, 2.0f}) {
-      std::vector<std::string> row = {number(size, 1), number(decay, 1)};
+      std::vector<std::string> row = {number(double(size), 1), number(double(decay), 1)};
       for (float damp : {0.0f, 0.4f})
         for (double hz : {500.0, 4000.0}) {
           const Audio a = throughRoom({size, decay, damp, 1}, noise(0.5, 0.05), decay * 2 + 0.5);
@@ -313,28 +280,6 @@ std::string room() {
   return table.text();
 }
 
-// The levels of a sine's second and third harmonic and of everything beside it, against it.
-struct Harmonics {
-  double second, third, all, level;
-};
-Harmonics harmonicsOf(const Signal& x, double hz) {
-  const Spectrum s(x);
-  const double w = s.lineWidth(), own = s.between(hz - w, hz + w);
-  return {decibels(s.between(2 * hz - w, 2 * hz + w) / own),
-          decibels(s.between(3 * hz - w, 3 * hz + w) / own),
-          decibels(std::max(s.total() - own, 1e-14) / own), decibels(own)};
-}
-
-// A sine of -12 dB at the Track's drive.
-ProjectPtr toneTrack() {
-  auto p = bare(ANALOG);
-  Track& t = p->tracks[0];
-  t.engine1 = t.engine4 = 0;
-  t.trim = 9.8f;
-  return p;
-}
-constexpr int toneNote = 57;
-
 std::string driveAndCrush() {
   static const char* const names[] = {"SOFT", "TUBE", "HARD", "FOLD"};
   Table table({"Insert", "Level, dB", "2nd harmonic, dB", "3rd harmonic, dB", "All beside the tone, dB"});
@@ -343,18 +288,24 @@ std::string driveAndCrush() {
     auto p = toneTrack();
     set(p->tracks[0]);
     const Harmonics h = harmonicsOf(held(*p, toneNote, 1, 0.3).left, hzOf(toneNote));
-    table.row({label, signedDb(h.level - dry), db(h.second), db(h.third), db(h.all)});
+    const bool silent = h.level < -100;
+    auto cell = [&](double x) { return silent ? "-" : db(x); };
+    table.row({label, signedDb(h.level - dry), cell(h.second), cell(h.third), cell(h.all)});
   };
   for (int type = 0; type < 4; type++)
-    for (float amount : {0.25f, 0.5f, 1.0f})
-      row(std::string(names[type]) + ' ' + number(amount, 2), [&](Track& t) {
+    for (float amount : {0.1f, 0.5f, 1.0f})
+      row(std::string(names[type]) + ' ' + number(double(amount), 2), [&](Track& t) {
         t.insert_drive_type = u8(type);
         t.insert_drive = amount;
       });
+  for (float amount : {0.25f, 0.5f, 0.75f, 1.0f})
+    row("BITS " + number(double(amount), 2), [&](Track& t) { t.crush_bits = amount; });
+  row("BITS 1.00, tone 12 dB softer", [&](Track& t) {
+    t.crush_bits = 1;
+    t.trim -= 12;
+  });
   for (float amount : {0.25f, 0.5f, 1.0f})
-    row("BITS " + number(amount, 2), [&](Track& t) { t.crush_bits = amount; });
-  for (float amount : {0.25f, 0.5f, 1.0f})
-    row("RATE " + number(amount, 2), [&](Track& t) { t.crush_rate = amount; });
+    row("RATE " + number(double(amount), 2), [&](Track& t) { t.crush_rate = amount; });
   return table.text();
 }
 
@@ -366,24 +317,22 @@ SendFx sendOf(FxType type) {
   return fx;
 }
 
-// A tone of 1 kHz on one side, and what comes back: up to four echoes.
+// A tone of 1 kHz on both sides, and what comes back: up to four echoes.
 std::vector<std::string> echoCells(const SendFx& fx) {
-  const Signal in = burst(1000, 0.03, 0.1);
-  double reference = 0;
-  for (float v : in) reference += double(v) * v;
-  const Audio out = throughSend(fx, {in, Signal(in.size())}, 4);
-  std::vector<std::string> cells;
+  constexpr double length = 0.03;
+  const Signal in = burst(1000, length, 0.1);
+  const double reference = meanSquare(in) * double(in.size());
+  const Audio out = throughSend(fx, mono(in), 4);
   Signal both(out.size());
   for (size_t i = 0; i < both.size(); i++) both[i] = std::hypot(out.left[i], out.right[i]);
-  for (const Echo& e : echoes(both, reference, -60)) {
+  std::vector<std::string> cells;
+  for (const Echo& e : echoes(both, reference, -40)) {
     if (cells.size() == 4) break;
-    const size_t from = size_t((e.seconds - 0.025) * rate), to = from + 2400;
     auto level = [&](const Signal& x) {
-      double sum = 0;
-      for (size_t i = from; i < std::min(to, x.size()); i++) sum += double(x[i]) * x[i];
-      return db(decibels(sum / reference), 0);
+      const double from = std::max(e.seconds - length, 0.0), to = e.seconds + length;
+      return db(decibels(meanSquare(x, from, to) * (to - from) * rate / reference), 0);
     };
-    cells.push_back(number(1000 * (e.seconds - 0.015)) + " ms: " + level(out.left) + " / " +
+    cells.push_back(number(1000 * (e.seconds - length / 2)) + " ms: " + level(out.left) + " / " +
                     level(out.right));
   }
   cells.resize(4);
@@ -432,7 +381,7 @@ std::string tape() {
   fx.tape_heads = 0;
   for (float speed : {0.5f, 2.0f}) {
     fx.tape_rate = speed;
-    echoRow(table, "HEADS 1, RATE " + number(speed, 1), fx);
+    echoRow(table, "HEADS 1, RATE " + number(double(speed), 1), fx);
   }
   fx.tape_rate = 1;
   fx.tape_intensity = 1.1f;
@@ -440,67 +389,51 @@ std::string tape() {
   return table.text();
 }
 
-// A reverb's row: decays of two bands undamped and as it comes, width and level.
-void reverbRow(Table& table, const std::string& label, double asked, const SendFx& open,
-               const SendFx& asItComes) {
-  std::vector<std::string> row = {label, number(asked, 2)};
-  const Audio in = mono(noise(0.5, 0.1));
-  Audio tail;
-  for (const SendFx* fx : {&open, &asItComes}) {
-    tail = throughSend(*fx, in, asked * 1.3 + 1);
-    for (double hz : {500.0, 4000.0}) row.push_back(number(rt60(tail.left, 0.2, hz), 2));
+// Decays of two bands with the damping open and as it comes, width, and the level of a steady sound.
+// `set` takes the knob and returns the seconds it asks for; `open` takes the damping out.
+std::string reverb(FxType type, const std::vector<float>& knobs, double (*set)(SendFx&, float),
+                   void (*open)(SendFx&)) {
+  Table table({"DECAY", "Asked, s", "500 Hz open, s", "4 kHz open, s", "500 Hz, s", "4 kHz, s", "Correlation",
+               "Level, dB"});
+  const Audio in = mono(noise(0.5, 0.1)), steady = mono(octave(noise(0.3, 6), 500));
+  for (float value : knobs) {
+    SendFx asItComes = sendOf(type);
+    const double asked = set(asItComes, value);
+    SendFx opened = asItComes;
+    open(opened);
+    std::vector<std::string> row = {number(double(value), 2), number(asked, 2)};
+    Audio tail;
+    for (const SendFx* fx : {&opened, &asItComes}) {
+      tail = throughSend(*fx, in, asked * 1.3 + 1);
+      for (double hz : {500.0, 4000.0}) row.push_back(number(rt60(tail.left, 0.2, hz), 2));
+    }
+    row.push_back(number(correlation(tail, 0.2), 2));
+    row.push_back(signedDb(rmsDb(throughSend(asItComes, steady, 6).left, 4) - rmsDb(steady.left)));
+    table.row(row);
   }
-  row.push_back(number(correlation(tail, 0.2), 2));
-  const Signal steady = noise(0.3, 4);
-  row.push_back(signedDb(rmsDb(throughSend(asItComes, mono(steady), 4).left, 3) - rmsDb(steady)));
-  table.row(row);
-}
-Table reverbHead() {
-  return Table({"DECAY", "Asked, s", "500 Hz open, s", "4 kHz open, s", "500 Hz, s", "4 kHz, s",
-                "Correlation", "Level, dB"});
+  return table.text();
 }
 
 std::string hall() {
-  Table table = reverbHead();
-  for (float decay : {0.0f, 0.25f, 0.5f, 0.75f, 1.0f}) {
-    SendFx fx = sendOf(FX_HALL);
-    fx.hall_decay = decay;
-    SendFx open = fx;
-    open.hall_damping = 0;
-    open.hall_high_cut = 20000;
-    reverbRow(table, number(decay, 2), 0.4 * std::pow(50, double(decay)), open, fx);
-  }
-  return table.text();
+  auto set = [](SendFx& fx, float x) { return 0.4 * std::pow(50, double(fx.hall_decay = x)); };
+  return reverb(FX_HALL, {0, 0.25f, 0.5f, 0.75f, 1}, set, [](SendFx& fx) {
+    fx.hall_damping = 0;
+    fx.hall_high_cut = 20000;
+  });
 }
-
 std::string plate() {
-  Table table = reverbHead();
-  for (float decay : {0.3f, 1.0f, 1.8f, 4.0f, 10.0f}) {
-    SendFx fx = sendOf(FX_PLATE);
-    fx.plate_decay = decay;
-    SendFx open = fx;
-    open.plate_damping = 0;
-    reverbRow(table, number(double(decay), 1), double(decay), open, fx);
-  }
-  return table.text();
+  auto set = [](SendFx& fx, float x) { return double(fx.plate_decay = x); };
+  return reverb(FX_PLATE, {0.3f, 0.6f, 1, 1.8f, 4, 10}, set, [](SendFx& fx) { fx.plate_damping = 0; });
 }
-
 std::string shimmer() {
-  Table table = reverbHead();
-  for (float decay : {1.0f, 3.0f, 6.0f, 12.0f, 30.0f}) {
-    SendFx fx = sendOf(FX_SHIMMER);
-    fx.shimmer_decay = decay;
-    SendFx open = fx;
-    open.shimmer_amount = 0;
-    reverbRow(table, number(double(decay), 1), double(decay), open, fx);
-  }
-  return table.text();
+  auto set = [](SendFx& fx, float x) { return double(fx.shimmer_decay = x); };
+  return reverb(FX_SHIMMER, {1, 3, 6, 12, 30}, set, [](SendFx& fx) { fx.shimmer_amount = 0; });
 }
 
 std::string chorusSend() {
   static const char* const modes[] = {"CHORUS", "ENSEMBLE"};
-  Table table({"MODE", "DEPTH", "Shortest delay, ms", "Longest delay, ms", "Side, dB", "Correlation",
-               "Level, dB"});
+  Table table(
+      {"MODE", "DEPTH", "Shortest delay, ms", "Longest delay, ms", "Side, dB", "Correlation", "Level, dB"});
   for (u8 mode = 0; mode < 2; mode++)
     for (float depth : {0.0f, 0.45f, 1.0f}) {
       SendFx fx = sendOf(FX_CHORUS);
@@ -513,8 +446,7 @@ std::string chorusSend() {
       fx.chorus_tone = 1;
       const Reach r = delayReach(throughSend(fx, mono(clicks(0.025, 8)), 8).left, 0.025, false);
       table.row({modes[mode], number(double(depth), 2), number(r.shortest, 2), number(r.longest, 2),
-                 db(rmsDb(side(wide)) - mid), number(correlation(wide, 0.1), 2),
-                 signedDb(mid - rmsDb(in))});
+                 db(rmsDb(side(wide)) - mid), number(correlation(wide, 0.1), 2), signedDb(mid - rmsDb(in))});
     }
   return table.text();
 }
@@ -562,8 +494,8 @@ std::string compressor() {
 }
 
 std::string saturation() {
-  Table table({"SATURATE", "Peak in, dB", "Level, dB", "2nd harmonic, dB", "3rd harmonic, dB",
-               "All harmonics, dB"});
+  Table table(
+      {"SATURATE", "Peak in, dB", "Level, dB", "2nd harmonic, dB", "3rd harmonic, dB", "All harmonics, dB"});
   for (float amount : {0.1f, 0.25f, 0.5f, 1.0f})
     for (int level : {-18, -6, 0}) {
       const double in = std::pow(10, level / 20.0);
@@ -573,25 +505,6 @@ std::string saturation() {
                  db(h.third), db(h.all)});
     }
   return table.text();
-}
-
-// The highest peak between the samples too, by reading the band-limited signal four times as often.
-double truePeak(const Signal& x, size_t from, size_t to) {
-  constexpr int reach = 24;
-  double most = 0;
-  for (size_t i = std::max<size_t>(from, reach); i + reach < std::min(to, x.size()); i++) {
-    most = std::max(most, double(std::fabs(x[i])));
-    if (std::fabs(x[i]) < 0.4f && std::fabs(x[i + 1]) < 0.4f) continue;
-    for (int part = 1; part < 4; part++) {
-      double sum = 0;
-      for (int k = 1 - reach; k <= reach; k++) {
-        const double t = k - part * 0.25, w = 0.5 + 0.5 * std::cos(M_PI * t / (reach + 1));
-        sum += double(x[size_t(long(i) + k)]) * w * std::sin(M_PI * t) / (M_PI * t);
-      }
-      most = std::max(most, std::fabs(sum));
-    }
-  }
-  return most;
 }
 
 std::string limiter() {
@@ -605,6 +518,10 @@ std::string limiter() {
   const Case cases[] = {{"A bass note of ANALOG", false, {36}},
                         {"Five notes of ANALOG", false, {36, 48, 60, 64, 67}},
                         {"Kick, snare and hat at once", true, {0, 1, 2}}};
+  auto highest = [](const Audio& a, double (*peak)(const Signal&)) {
+    return test::toDb(std::max(peak(a.left), peak(a.right)));
+  };
+  auto samplePeak = [](const Signal& x) { return double(test::peak(x)); };
   for (const Case& c : cases)
     for (float ceiling : {0.5f, 0.95f}) {
       auto render = [&](float trim) {
@@ -615,73 +532,43 @@ std::string limiter() {
         Engine engine(rate);
         engine.submitProject(*p);
         for (int note : c.notes) engine.noteOn(0, note, 127);
-        return test::renderFrames(engine, size_t(2 * rate)).left;
+        return test::renderFrames(engine, size_t(2 * rate));
       };
-      const Signal loud = render(24), soft = render(-24);
-      const double free = test::toDb(double(test::peak(soft))) + 48, limit = test::toDb(double(ceiling));
-      table.row({c.name, number(double(ceiling), 2), signedDb(free - limit),
-                 signedDb(test::toDb(double(test::peak(loud))) - limit, 2),
-                 signedDb(test::toDb(truePeak(loud, 0, loud.size())) - limit, 2)});
+      const Audio loud = render(24), soft = render(-24);
+      const double limit = test::toDb(double(ceiling));
+      table.row({c.name, number(double(ceiling), 2), signedDb(highest(soft, samplePeak) + 48 - limit),
+                 signedDb(highest(loud, samplePeak) - limit, 2),
+                 signedDb(highest(loud, truePeak) - limit, 2)});
     }
   return table.text();
 }
 
 // ---- Moves.
 
-// A held tone through the whole Engine; the Move begins after one second and the tone ends after three.
-Signal thrown(int move, float value, int note) {
-  auto p = toneTrack();
-  Track& t = p->tracks[0];
-  t.trim = 0;
-  p->fx1.type = FX_HALL;
-  p->fx2.type = FX_PLATE;
-  addLoop(*p, 0, 64, 0, 0);
-  // 120 BPM: a second is eight Steps of sixteen ticks.
-  const LanePoint points[] = {{0, 0, 1, 0}, {128, u16(std::lround(value * 65535)), 0, 0}};
-  if (move >= 0) {
-    const int row = masterLaneRow(0);
-    setLanePoints(*p, row, points, 2);
-    p->lanes[row].target = u8(move + 1);
-    p->lanes[row].enabled = 1;
-  }
-  Engine engine(rate);
-  engine.submitProject(*p);
-  engine.noteOn(0, note, 127);
-  engine.setPlaying(true);
-  Signal out = test::renderFrames(engine, size_t(3 * rate)).left;
-  engine.noteOff(0, note);
-  const Signal tail = test::renderFrames(engine, size_t(1.5 * rate)).left;
-  out.insert(out.end(), tail.begin(), tail.end());
-  return out;
-}
-
 std::string moves() {
-  static const float values[12][2] = {{0.3f, 0.7f}, {0.3f, 0.7f}, {0.5f, 1},    {0.3f, 1},
-                                      {0.2f, 1},    {0.3f, 1},    {0.25f, 1},   {0.3f, 1},
-                                      {0.3f, 1},    {0.5f, 1},    {0.5f, 1},    {0.3f, 1}};
-  constexpr int low = 45, middleNote = 81, high = 117;
+  static const float values[12][2] = {{0.3f, 0.7f}, {0.3f, 0.7f}, {0.5f, 1}, {0.3f, 1}, {0.2f, 1}, {0.3f, 1},
+                                      {0.25f, 1},   {0.3f, 1},    {0.3f, 1}, {0.5f, 1}, {0.5f, 1}, {0.3f, 1}};
   Table table({"Move", "Value", "110 Hz, dB", "880 Hz, dB", "7040 Hz, dB", "880 Hz sounds at, Hz",
-               "Beside the tone, dB", "0.5 s after the tone, dB"});
-  auto level = [](const Signal& x) { return rmsDb(x, 1.5, 2.9); };
-  double dry[3];
-  const int notes[] = {low, middleNote, high};
-  for (int k = 0; k < 3; k++) dry[k] = level(thrown(-1, 0, notes[k]));
+               "Beside the tone, dB", "0.5 s after its end, dB"});
+  auto bands = [](const Signal& x) {
+    const Spectrum s(x, 5.5, 7.9);
+    std::vector<double> levels;
+    for (double hz : {110.0, 880.0, 7040.0}) levels.push_back(decibels(s.between(hz / 1.41, hz * 1.41)));
+    return levels;
+  };
+  const std::vector<double> dry = bands(thrown(-1, 0, true));
   for (int move = 0; move < 12; move++)
     for (float value : values[move]) {
       std::vector<std::string> row = {automation::performanceEffectName(move), number(double(value), 2)};
-      Signal x;
-      for (int k = 0; k < 3; k++) {
-        const Signal y = thrown(move, value, notes[k]);
-        row.push_back(signedDb(level(y) - dry[k]));
-        if (k == 1) x = y;
-      }
-      const Spectrum s(x, 1.5, 2.9);
+      const std::vector<double> wet = bands(thrown(move, value, true));
+      for (size_t k = 0; k < 3; k++) row.push_back(signedDb(wet[k] - dry[k]));
+      const Signal x = thrown(move, value, false);
+      const Spectrum s(x, 5.5, 7.9);
       const double hz = s.loudestHz(), w = 2 * s.lineWidth();
-      const double beside = 1 - s.between(hz - w, hz + w) / s.total();
-      const bool silent = level(x) < -100;
+      const bool silent = rmsDb(x, 5.5, 7.9) < -100;
       row.push_back(silent ? "-" : hertz(hz));
-      row.push_back(silent ? "-" : db(decibels(std::max(beside, 1e-12))));
-      row.push_back(db(rmsDb(x, 3.5, 3.7) - dry[1]));
+      row.push_back(silent ? "-" : db(decibels(1 - s.between(hz - w, hz + w) / s.total())));
+      row.push_back(signedDb(rmsDb(x, 8.4, 8.6) - rmsDb(x, 4, 4.9)));
       table.row(row);
     }
   return table.text();
@@ -729,19 +616,24 @@ bool rewritten(const std::string& document, std::string& out, std::string& error
   for (size_t at = 0; at < document.size();) {
     size_t next = document.find('\n', at);
     next = next == std::string::npos ? document.size() : next + 1;
-    std::string line = document.substr(at, next - at);
+    const std::string whole = document.substr(at, next - at);
+    std::string line = whole;
     at = next;
     while (!line.empty() && (line.back() == '\n' || line.back() == '\r')) line.pop_back();
     const bool starts = line.starts_with(begin) && line.ends_with(close);
-    if (inside && starts) return error = "a table begins inside another: " + line, false;
+    if (inside && starts) error = "a table begins inside another: " + line;
+    if (!inside && line == end) error = "an end without a table";
+    if (!error.empty()) return false;
     if (inside && line != end) continue;
-    if (!inside && line == end) return error = "an end without a table", false;
     inside = starts;
-    out += line + '\n';
+    out += whole;
     if (!starts) continue;
     const std::string name = line.substr(begin.size(), line.size() - begin.size() - close.size());
     const Measure measure = measureNamed(name);
-    if (!measure) return error = "no measurement has the name " + name, false;
+    if (!measure) {
+      error = "no measurement has the name " + name;
+      return false;
+    }
     std::fprintf(stderr, "%s\n", name.c_str());
     out += '\n' + measure() + '\n';
   }

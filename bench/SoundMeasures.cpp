@@ -4,6 +4,8 @@
 #include <cmath>
 #include <complex>
 
+#include "core/model/Clips.h"
+#include "core/model/Lanes.h"
 #include "engine/dsp/Random.h"
 #include "engine/dsp/Sine.h"
 
@@ -51,7 +53,8 @@ void transform(std::vector<Complex>& x) {
   }
   for (size_t length = 2; length <= n; length *= 2) {
     std::vector<Complex> turn(length / 2);
-    for (size_t k = 0; k < turn.size(); k++) turn[k] = std::polar(1.0, -2 * M_PI * double(k) / double(length));
+    for (size_t k = 0; k < turn.size(); k++)
+      turn[k] = std::polar(1.0, -2 * M_PI * double(k) / double(length));
     for (size_t i = 0; i < n; i += length)
       for (size_t k = 0; k < length / 2; k++) {
         const Complex a = x[i + k], b = x[i + k + length / 2] * turn[k];
@@ -70,6 +73,29 @@ double blackmanHarris(double x) {
 
 double hzOf(int note) { return 440 * std::exp2((note - 69) / 12.0); }
 
+// ---- Patches.
+
+ProjectPtr bare(int kind) {
+  auto p = test::oneTrack(kind);
+  p->tracks[0].sustain = 1;
+  p->tracks[0].filter_type = 1;
+  return p;
+}
+
+float& knob(Project& project, int k) {
+  Track& t = project.tracks[0];
+  float* const knobs[] = {&t.engine1, &t.engine2, &t.engine3, &t.engine4};
+  return *knobs[k];
+}
+
+ProjectPtr toneTrack() {
+  auto p = bare(ANALOG);
+  Track& t = p->tracks[0];
+  t.engine1 = t.engine4 = 0;
+  t.trim = 9.8f;
+  return p;
+}
+
 // ---- Renders.
 
 Audio held(const Project& project, int note, double seconds, double settle) {
@@ -85,6 +111,44 @@ Audio heldKind(const Project& project, int note, double seconds, double settle) 
   Audio out{middle(a), side(a)};
   for (Signal* x : {&out.left, &out.right})
     for (float& v : *x) v = float(v / chainGain);
+  return out;
+}
+
+Signal filtered(int type, float resonance, double ratio) {
+  auto p = bare(ANALOG);
+  Track& t = p->tracks[0];
+  t.engine1 = t.engine4 = 0;
+  t.osc_level = 0.02f;
+  t.filter_type = u8(type);
+  t.resonance = resonance;
+  t.cutoff = float(hzOf(filterNote) / ratio);
+  return heldKind(*p, filterNote, 0.25, 0.5).left;
+}
+
+Signal thrown(int move, float value, bool hiss) {
+  auto p = toneTrack();
+  Track& t = p->tracks[0];
+  t.noise_mix = hiss ? 0.5f : 0;
+  t.osc_level = hiss ? 0 : 1;
+  p->fx1.type = FX_HALL;
+  p->fx2.type = FX_PLATE;
+  addLoop(*p, 0, 128, 0, 0);
+  // At 120 BPM a second is eight Steps of sixteen ticks.
+  const LanePoint points[] = {{0, 0, 1, 0}, {5 * 128, u16(std::lround(value * 65535)), 0, 0}};
+  if (move >= 0) {
+    const int row = masterLaneRow(0);
+    setLanePoints(*p, row, points, 2);
+    p->lanes[row].target = u8(move + 1);
+    p->lanes[row].enabled = 1;
+  }
+  Engine engine(rate);
+  engine.submitProject(*p);
+  engine.noteOn(0, 81, 127);
+  engine.setPlaying(true);
+  Signal out = test::renderFrames(engine, size_t(8 * rate)).left;
+  engine.noteOff(0, 81);
+  const Signal tail = test::renderFrames(engine, size_t(rate)).left;
+  out.insert(out.end(), tail.begin(), tail.end());
   return out;
 }
 
@@ -131,10 +195,11 @@ Audio throughModFx(const ModFx::Setting& setting, const Audio& in) {
 Signal throughDynamics(float saturation, float amount, const Signal& in) {
   MasterDynamics d;
   d.prepare(rate);
-  return inSegments(mono(in), double(in.size()) / rate, [&](dsp::Block& l, dsp::Block& r, size_t) {
-           d.set(saturation, amount, 0.15f);
-           d.process(l, r, segment, dsp::sineTable());
-         })
+  return inSegments(mono(in), double(in.size()) / rate,
+                    [&](dsp::Block& l, dsp::Block& r, size_t) {
+                      d.set(saturation, amount, 0.15f);
+                      d.process(l, r, segment, dsp::sineTable());
+                    })
       .left;
 }
 
@@ -196,7 +261,7 @@ Signal burst(double hz, double seconds, double total) {
 double decibels(double ratio) { return 10 * std::log10(std::max(ratio, 1e-20)); }
 
 double meanSquare(const Signal& x, double from, double to) {
-  const double r = test::rms(x, frames(from), to < 1e6 ? frames(to) : x.size());
+  const double r = test::rms(x, frames(from), frames(to));
   return r * r;
 }
 double rmsDb(const Signal& x, double from, double to) { return decibels(meanSquare(x, from, to)); }
@@ -232,7 +297,7 @@ double timeTo(const Signal& x, double db) {
 // ---- Spectra.
 
 Spectrum::Spectrum(const Signal& x, double from, double to) {
-  const size_t first = frames(from), last = std::min(to < 1e6 ? frames(to) : x.size(), x.size());
+  const size_t first = frames(from), last = std::min(frames(to), x.size());
   size_t size = 2;
   while (size < last - first) size *= 2;
   std::vector<Complex> bins(size);

@@ -19,6 +19,16 @@ using test::Audio;
 inline constexpr double rate = 48000;
 double hzOf(int note);
 
+// ---- Patches.
+
+// A Track whose envelope holds and whose filter is linear and open: the kind itself.
+ProjectPtr bare(int kind);
+// engine1..engine4 of the first Track.
+float& knob(Project& project, int k);
+// A sine of -12 dB at the Track's drive.
+ProjectPtr toneTrack();
+inline constexpr int toneNote = 57;
+
 // ---- Renders.
 
 // One held note of the Project's first Track, from `settle` seconds after its start. `mid` and `side` come
@@ -26,6 +36,13 @@ double hzOf(int note);
 Audio heldKind(const Project& project, int note, double seconds, double settle = 0);
 // The Engine's own output for the same.
 Audio held(const Project& project, int note, double seconds, double settle = 0);
+// A weak sine at `ratio` times the cutoff through a filter of the voice, and its amplitude before that.
+Signal filtered(int type, float resonance, double ratio);
+inline constexpr int filterNote = 81;
+inline constexpr double filterDry = 0.42 * 0.7 * 0.02;
+// The tone of toneTrack() at 880 Hz, or noise in its place, with a Move thrown over it after five seconds;
+// the sound ends after eight of nine. Without a Move for -1.
+Signal thrown(int move, float value, bool hiss);
 Signal hit(const drums::Setting& setting, double seconds);
 Audio throughSend(const SendFx& fx, const Audio& in, double seconds);
 Audio throughRoom(const TrackRoom::Setting& setting, const Signal& in, double seconds);
@@ -46,8 +63,8 @@ inline Audio mono(const Signal& x) { return {x, x}; }
 
 // ---- Levels.
 
-double meanSquare(const Signal& x, double from = 0, double to = 1e9);  // seconds
-double rmsDb(const Signal& x, double from = 0, double to = 1e9);
+double meanSquare(const Signal& x, double from = 0, double to = 1e6);  // seconds
+double rmsDb(const Signal& x, double from = 0, double to = 1e6);
 Signal middle(const Audio& a);
 Signal side(const Audio& a);
 double correlation(const Audio& a, double from);
@@ -60,7 +77,7 @@ double timeTo(const Signal& x, double db);
 // down.
 class Spectrum {
  public:
-  explicit Spectrum(const Signal& x, double from = 0, double to = 1e9);
+  explicit Spectrum(const Signal& x, double from = 0, double to = 1e6);
   double between(double low, double high) const;
   double total() const { return between(lowest, rate / 2); }
   // What lies within `width` Hz of the multiples of a frequency.
