@@ -64,6 +64,7 @@ bool asleep(EngineCore& core, int n) {
   Master& m = core.master;
   const bool standing = !core.transport.playing;
   if (!standing || !silent(core.mix.out.l, n) || !silent(core.mix.out.r, n)) {
+    if (m.sleeping) m.quiet = 0;
     m.sleeping = false;
   } else if (onGrid(core)) {
     m.sleeping = m.quiet >= u32(core.rates.rate) && !core.sends[0].tails() && !core.sends[1].tails();
@@ -145,7 +146,8 @@ void renderMaster(EngineCore& core) {
   if (m.smooth + (level - m.smooth) * masterSlew == m.smooth) {
     gain.fill(m.smooth * masterGain);
   } else {
-    for (int i = 0; i < n; i++) gain[i] = (m.smooth += (level - m.smooth) * masterSlew) * masterGain;
+    for (int i = 0; i < n; i++)
+      gain[i] = (m.smooth = flushed(m.smooth + (level - m.smooth) * masterSlew)) * masterGain;
     for (int i = n; i < segment; i++) gain[i] = 0;
   }
   if (asleep(core, n)) {
@@ -153,7 +155,7 @@ void renderMaster(EngineCore& core) {
     mix.out.r.fill(0);
     for (int i = 0; i < n; i++)
       for (float& peak : m.outputPeak) peak = flushed(peak * 0.9995f);
-    m.quiet = core.transport.playing ? 0 : m.quiet + u32(n);
+    m.quiet = core.transport.playing ? 0 : counted(m.quiet, n);
     return;
   }
   m.eq.process(mix.out.l, mix.out.r, n, onGrid(core));

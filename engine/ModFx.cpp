@@ -34,11 +34,12 @@ void ModFx::tick(const Setting& s, bool snap) {
   if (type_ == Off && wanted_ == Off) return;
   const float c = snap || type_ == Off ? 1 : smooth_;
   modfx::Params& p = params_;
-  p.hz += (s.rate - p.hz) * c;
-  p.depth += (std::clamp(s.depth, 0.0f, 1.0f) - p.depth) * c;
-  p.feedback += (std::clamp(s.feedback, -0.95f, 0.95f) - p.feedback) * c;
-  p.tone += (std::clamp(s.tone, 0.0f, 1.0f) - p.tone) * c;
-  p.mix += (std::clamp(s.mix, 0.0f, 1.0f) - p.mix) * c;
+  auto follow = [c](float& now, float target) { now = flushed(now + (target - now) * c); };
+  follow(p.hz, s.rate);
+  follow(p.depth, std::clamp(s.depth, 0.0f, 1.0f));
+  follow(p.feedback, std::clamp(s.feedback, -0.95f, 0.95f));
+  follow(p.tone, std::clamp(s.tone, 0.0f, 1.0f));
+  follow(p.mix, std::clamp(s.mix, 0.0f, 1.0f));
   p.hush = s.hush;
   sideOnly_ = s.sideOnly;
   if (snap) {
@@ -69,7 +70,11 @@ void ModFx::run(Piece& piece) {
     case EnsembleType: return state_.ensemble.run(lines_, params_, piece);
     case FlangerType: return state_.flanger.run(lines_, params_, piece);
     case PhaserType: return state_.phaser.run(params_, piece);
-    case VinylType: return state_.vinyl.run(lines_, params_, piece);
+    case VinylType: {
+      modfx::Params p = params_;
+      if (sideOnly_) p.mix = 1;
+      return state_.vinyl.run(lines_, p, piece);
+    }
     default: return;
   }
 }
@@ -77,8 +82,8 @@ void ModFx::run(Piece& piece) {
 void ModFx::process(float* left, float* right, int n) {
   if (type_ == Off && wanted_ == Off) return;
   alignas(16) float gains[modfx::tickLength] = {};
-  // Vinyl is the whole signal; the others are mixed to the dry one, at most by half.
-  const f4 mix = splat(type_ == VinylType ? (sideOnly_ ? params_.mix : 1) : 0.5f * params_.mix);
+  // Vinyl is the whole signal unless only its side is wanted; the others are mixed in, at most by half.
+  const f4 mix = splat(type_ == VinylType && !sideOnly_ ? 1 : 0.5f * params_.mix);
   int part = n;
   if (gain_ == 1 && type_ == wanted_)
     std::fill_n(gains, n, 1.0f);

@@ -83,13 +83,17 @@ void Moves::tick(const MoveValues& moves, double bpm, double stepSamples, bool s
   noiseOn_ = bound_[Noise] || noiseEnv_ > 1e-5f;
   if (noiseOn_) set(noise_, 150 * math::pow(66.666664, double(unit(value_[Noise]))), trackK);
   washoutOn_ = bound_[Washout] || washoutDry_ < 1;
+  if (!washoutOn_)
+    for (SvfState& state : washout_.state) state = {};
   if (washoutOn_) {
     washoutTarget_ = float(math::cos(double(washed) * math::pi * 0.25));
     set(washout_, 20 * math::pow(15, double(washed)), trackK);
   }
   crushOn_ = starts(crush_, active(Crush), crushMix_);
   if (crushOn_) {
-    const double v = unit(value_[Crush]);
+    // One that has ended stays as rough as it was while it fades.
+    if (has(value_[Crush])) crushValue_ = unit(value_[Crush]);
+    const double v = crushValue_;
     set(crush_, 20 * math::pow(15, v), trackK);
     crushStep_ = float(std::max(math::pow(1 - 0.716 * v, 2.2) * rate_, 400.0) / rate_);
     crushLevels_ = float(math::exp2(16 - 14 * 0.857 * v));
@@ -216,6 +220,7 @@ void Moves::ringAt(double place, float& l, float& r) const {
 
 void Moves::readRepeat(float& l, float& r) {
   if (repeatLength_ != repeatWanted_) {
+    if (repeatLength_) holdLast();
     repeatLength_ = repeatWanted_;
     repeatStart_ = (write_ + ringSize_ - repeatLength_) % ringSize_;
     repeatIndex_ = 0;
@@ -260,6 +265,13 @@ void Moves::readSpin(float& l, float& r) {
   if (read_ < 0) read_ += ringSize_;
 }
 
+// What was heard last fades under what comes now.
+void Moves::holdLast() {
+  tail_[0] = last_[0];
+  tail_[1] = last_[1];
+  tailGain_ = 1;
+}
+
 void Moves::playBuffer(Stereo& x, int n) {
   if (!bufferOn_) {
     last_[0] = x.l[n - 1];
@@ -276,11 +288,8 @@ void Moves::playBuffer(Stereo& x, int n) {
       write_ = write_ + 1 < ringSize_ ? write_ + 1 : 0;
     }
     if (move != playing_) {
-      // From what was heard last to what comes now, faded.
       playing_ = move;
-      tail_[0] = last_[0];
-      tail_[1] = last_[1];
-      tailGain_ = 1;
+      holdLast();
       repeatLength_ = 0;
       fadeIn_ = 1;
       read_ = newest();
@@ -312,7 +321,7 @@ void Moves::gate(Stereo& x, const double* songTime, int n) {
       const double turns = songTime[i] / period, phase = turns - std::floor(turns);
       g = std::clamp(std::min(phase, 0.5 - phase) / width, 0.0, 1.0);
     }
-    gateSmooth_ += (float(g) - gateSmooth_) * 0.3f;
+    gateSmooth_ = flushed(gateSmooth_ + (float(g) - gateSmooth_) * 0.3f);
     if (!on && gateSmooth_ > 0.99999f) gateSmooth_ = 1;
     x.l[i] *= gateSmooth_;
     x.r[i] *= gateSmooth_;

@@ -67,6 +67,7 @@ class Moves {
   void sweep(fx::Stereo& x, Filter& filter, float& mix, bool rises, bool high, int n);
   void playBuffer(fx::Stereo& x, int n);
   int activeBuffer() const;
+  void holdLast();
   void readRepeat(float& l, float& r);
   void readTape(float& l, float& r);
   void readSpin(float& l, float& r);
@@ -96,7 +97,7 @@ class Moves {
   Filter washout_;
   // Crush and the two filters.
   bool crushOn_ = false, lowpassOn_ = false, highpassOn_ = false;
-  float crushMix_ = 0, lowpassMix_ = 0, highpassMix_ = 0;
+  float crushValue_ = 0, crushMix_ = 0, lowpassMix_ = 0, highpassMix_ = 0;
   float crushPhase_[2] = {}, held_[2] = {}, crushStep_ = 1, crushLevels_ = 65536, crushGain_ = 1;
   Filter crush_, lowpass_, highpass_;
   // The rings of the last four seconds.

@@ -109,8 +109,8 @@ void panGains(EngineCore& core, int t, Block& gl, Block& gr, int n) {
   const Value pan(core, t, PAN);
   for (int i = 0; i < n; i++) {
     const Pan target = panTarget(s, pan[i]);
-    gl[i] = s.panL += (target.left - s.panL) * levelSlew;
-    gr[i] = s.panR += (target.right - s.panR) * levelSlew;
+    gl[i] = s.panL = flushed(s.panL + (target.left - s.panL) * levelSlew);
+    gr[i] = s.panR = flushed(s.panR + (target.right - s.panR) * levelSlew);
   }
 }
 
@@ -229,6 +229,7 @@ void crushTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
   TrackState& s = core.tracks[t];
   const Value bits(core, t, CRUSH_BITS), coarse(core, t, CRUSH_RATE);
   auto on = [](float v) { return v > 0; };
+  if (!coarse.any(n, on)) s.crushHeld[0] = s.crushHeld[1] = 0;
   if (!bits.any(n, on) && !coarse.any(n, on)) return;
   const double rate = core.rates.rate;
   auto stepFor = [&](float c) { return float(std::max(rate * math::pow(1 - double(c), 2.2), 400.0) / rate); };
@@ -237,7 +238,10 @@ void crushTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
     float step = stepFor(coarse.first());
     for (int i = 0; i < n; i++) {
       if (coarse.moves()) step = stepFor(coarse[i]);
-      if (!(coarse[i] > 0)) continue;
+      if (!(coarse[i] > 0)) {
+        s.crushHeld[0] = s.crushHeld[1] = 0;
+        continue;
+      }
       hold(s.crushPhase[0], s.crushHeld[0], step, l[i]);
       hold(s.crushPhase[1], s.crushHeld[1], step, r[i]);
     }
@@ -490,7 +494,7 @@ void renderTracks(EngineCore& core) {
   for (int t = 0; t < limits::tracks; t++) {
     Block &l = mix.trackL[t], &r = mix.trackR[t];
     if (!works[t]) {
-      core.tracks[t].quiet = core.transport.playing ? 0 : core.tracks[t].quiet + u32(n);
+      core.tracks[t].quiet = core.transport.playing ? 0 : counted(core.tracks[t].quiet, n);
       duckTrack(core, t, l, r, true, n);
       fadeMeters(core, t);
       movePan(core, t, n);

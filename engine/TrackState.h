@@ -30,7 +30,7 @@ struct TrackState {
   bool eqBand[3] = {};  // a band without gain does not run
   dsp::BiquadState eqState[3][2];
   ModFx modFx;
-  bool hushed = false;  // what makes noise by itself is silent while nothing has come in for a while
+  bool hushed = true;  // what makes noise by itself is silent while nothing has come in for a while
   TrackRoom room;
   float monoBelowState = 0, monoCoefficient = 0, monoHz = 0;
 
@@ -40,7 +40,7 @@ struct TrackState {
 
   // Sleep and meters.
   bool sleeping = false;
-  u32 quiet = 0, inputQuiet = 0;  // samples below hearing, behind the chain and before its Mod FX
+  u32 quiet = 0, inputQuiet = 0x40000000;  // samples below hearing, behind the chain and before its Mod FX
   float peakL = 0, peakR = 0, level = 0, energy = 0, edge = 0, lastMid = 0;
   u32 noteSerial = 0;
   u8 lastNote = 0, lastVelocity = 0;

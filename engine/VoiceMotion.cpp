@@ -161,7 +161,7 @@ bool smooth(float& value, float target, float c, Block& out, int n) {
     out.fill(value);
     return true;
   }
-  for (int i = 0; i < n; i++) out[i] = value += (target - value) * c;
+  for (int i = 0; i < n; i++) out[i] = value = flushed(value + (target - value) * c);
   for (int i = n; i < segment; i++) out[i] = value;
   return false;
 }

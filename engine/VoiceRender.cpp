@@ -172,8 +172,8 @@ bool lfoSmooth(float& first, float& second, float target, float c, Block& out, i
     return true;
   }
   for (int i = 0; i < n; i++) {
-    first += (target - first) * c;
-    out[i] = second += (first - second) * c;
+    first = flushed(first + (target - first) * c);
+    out[i] = second = flushed(second + (first - second) * c);
   }
   for (int i = n; i < segment; i++) out[i] = second;
   return false;

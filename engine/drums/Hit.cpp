@@ -15,7 +15,7 @@ using dsp::splat;
 
 namespace {
 
-constexpr float silence = 1e-5f;
+constexpr float silence = 1e-5f, clickSilence = 1e-4f;
 constexpr double ln1000 = 6.90775527898213705;
 
 double sixtyDb(double seconds, double rate) { return math::exp(-ln1000 / (rate * seconds)); }
@@ -58,6 +58,8 @@ void Hit::tick(float ratio) {
   for (OnePole& p : pole_) p.y = dsp::flushed(p.y);
   for (dsp::SvfState& s : state_) s.flush();
   sweep_.value = dsp::flushed(sweep_.value);
+  env_ = dsp::flushed(env_);
+  gate_ = dsp::flushed(gate_);
   const bool first = age_ == 0;
   if (s_.tailDrift != 0 || s_.drop > 0 || first) {
     base_ = float(math::exp2(semitonesAt(t) / 12.0));
@@ -93,7 +95,7 @@ void Hit::fill(Stretch& s, const float* ratios) {
 }
 
 // Samples within one tick.
-int Hit::renderStretch(float* out, int n, const float* ratios) {
+void Hit::renderStretch(float* out, int n, const float* ratios) {
   alignas(16) float ratio[dsp::segment];
   if (ratios) {
     std::copy_n(ratios, n, ratio);
@@ -102,34 +104,37 @@ int Hit::renderStretch(float* out, int n, const float* ratios) {
   if ((age_ & 15) == 0) tick(ratios ? ratio[0] : 1);
   Stretch s;
   s.n = n;
-  const float envBefore = env_;
   fill(s, ratios ? ratio : nullptr);
   Block x;
   Recipes::render(*this, s, x);
   if (drive_.blend > 0)
     for (int q = 0; q < dsp::quads(n); q++) x.put(q, drive::shape(drive_, dsp::sineTable(), x.at(q)));
-  int lives = n;
-  if (gateCoefficient_ < 1 || env_ * gate_ < silence) {
-    float env = envBefore;
-    for (int i = 0; i < n; i++) {
-      x[i] *= gate_;
-      gate_ *= gateCoefficient_;
-      if (i >= s.held) env *= envCoefficient_;
-      if (env * gate_ >= silence) continue;
-      done_ = true;
-      lives = i + 1;
-      break;
-    }
+  for (int i = 0; gateCoefficient_ < 1 && i < n; i++) {
+    x[i] *= gate_;
+    gate_ *= gateCoefficient_;
   }
-  std::copy_n(x.v, lives, out);
-  return lives;
+  std::copy_n(x.v, n, out);
+}
+
+// Whether nothing of the hit is to be heard any more: neither its body nor a click that outlives it.
+bool Hit::spent() const {
+  if (env_ * gate_ >= silence) return false;
+  for (const Decay& d : decay_)
+    if (d.coefficient > 0 && d.value * gate_ >= clickSilence) return false;
+  return true;
 }
 
 int Hit::render(float* out, int n, const float* ratios) {
   int i = 0;
   while (i < n && !done_) {
+    // It ends with a tick, wherever a call may have been cut.
+    if ((age_ & 15) == 0 && spent()) {
+      done_ = true;
+      break;
+    }
     const int part = std::min(n - i, 16 - int(age_ & 15));
-    i += renderStretch(out + i, part, ratios ? ratios + i : nullptr);
+    renderStretch(out + i, part, ratios ? ratios + i : nullptr);
+    i += part;
   }
   std::fill(out + i, out + n, 0.0f);
   return i;
@@ -146,7 +151,7 @@ int Hit::fade(float* x, int n) {
 
 void Hit::release(double seconds) {
   const float wanted = float(sixtyDb(seconds, rate_));
-  if (wanted < envCoefficient_) gateCoefficient_ = std::min(gateCoefficient_, wanted);
+  if (holdLeft_ > 0 || wanted < envCoefficient_) gateCoefficient_ = std::min(gateCoefficient_, wanted);
 }
 
 void Hit::fadeOut(int samples) {

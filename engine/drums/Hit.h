@@ -76,7 +76,8 @@ class Hit {
   void tick(float ratio);
   float semitonesAt(double t) const;
   void fill(Stretch& s, const float* ratios);
-  int renderStretch(float* out, int n, const float* ratios);
+  void renderStretch(float* out, int n, const float* ratios);
+  bool spent() const;
 
   Setting s_;
   double rate_ = 48000;

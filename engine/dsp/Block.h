@@ -51,10 +51,14 @@ inline int quietSince(const Block& l, const Block& r, float level, int n) {
   while (i > 0 && std::fabs(l[i - 1]) < level && std::fabs(r[i - 1]) < level) i--;
   return n - i;
 }
+// A count of samples that stays where it is long before it would begin anew: an Engine may stand for days.
+inline std::uint32_t counted(std::uint32_t quiet, int n) {
+  return quiet < 0x40000000u ? quiet + std::uint32_t(n) : quiet;
+}
 // Goes on counting the samples since a signal was last above the level.
 inline void countQuiet(std::uint32_t& quiet, const Block& l, const Block& r, float level, int n) {
   const int still = quietSince(l, r, level, n);
-  quiet = (still == n ? quiet : 0) + std::uint32_t(still);
+  quiet = counted(still == n ? quiet : 0, still);
 }
 
 }  // namespace synth::dsp

@@ -41,7 +41,9 @@ inline f4 sineAt(const float* table, f4 p) {
 inline f4 wrapped(f4 p) {
   p -= toFloats(truncated(p));
   p = select(p < splat(0), p + splat(1), p);
-  return onlyWhere(p < splat(1), p);
+  // What rounds up to 1 is 0, and so is what was too large to have a fraction: lanes that nobody reads may
+  // hold anything, but must not lead out of the table.
+  return onlyWhere((p >= splat(0)) & (p < splat(1)), p);
 }
 
 }  // namespace synth::dsp

@@ -21,7 +21,7 @@ struct Slew {
       out.fill(now);
       return true;
     }
-    for (int i = 0; i < n; i++) out[i] = now += (target - now) * c;
+    for (int i = 0; i < n; i++) out[i] = now = flushed(now + (target - now) * c);
     for (int i = n; i < segment; i++) out[i] = now;
     return false;
   }

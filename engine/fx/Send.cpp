@@ -77,8 +77,7 @@ void Send::run(const SendFx& fx, double bpm, const Stereo& in, Stereo& out, int 
     start(fx, bpm);
   }
   const bool tick = (now & 15) == 0;
-  if (tick && rests && effect_ && !effect_->endless())
-    sleeping_ |= quiet_ >= u32((effect_->longestDelay() + tailSeconds) * rate_);
+  if (tick && rests && effect_) sleeping_ |= quiet_ >= u32((effect_->longestDelay() + tailSeconds) * rate_);
   out.l.fill(0);
   out.r.fill(0);
   Block level;
@@ -133,7 +132,7 @@ void Send::piece(const SendFx& fx, double bpm, const Stereo& in, Stereo& out, in
       }
       const int still =
           std::min(quietSince(x.l, x.r, hearing, part), quietSince(wet.l, wet.r, hearing, part));
-      quiet_ = (still == part ? quiet_ : 0) + u32(still);
+      quiet_ = counted(still == part ? quiet_ : 0, still);
       from += part;
     }
     if (type_ == wanted_) {

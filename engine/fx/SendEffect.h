@@ -22,8 +22,6 @@ class SendEffect {
 
   // For how many seconds sound may lie inside without being heard.
   virtual double longestDelay() const = 0;
-  // Whether it sounds on without input for ever.
-  virtual bool endless() const { return false; }
   virtual std::size_t bytes() const = 0;
 };
 

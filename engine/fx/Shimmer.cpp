@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "engine/dsp/FastMath.h"
-#include "engine/dsp/Saturate.h"
 #include "engine/fx/SendEffect.h"
 
 namespace synth::fx {
@@ -18,6 +17,9 @@ constexpr double swingSeconds = 0.00035;
 constexpr double lfoHz[8] = {0.29, 0.37, 0.41, 0.53, 0.59, 0.71, 0.79, 0.97};
 constexpr float inputSign[8] = {1, 1, 1, -1, -1, 1, -1, -1};
 constexpr float semitonesOf[] = {12, 7, 19, 24, -12};
+// How much of the shifted tail goes back at most: small intervals and falling ones keep more of their energy
+// at each turn.
+constexpr float shareOf[] = {0.42f, 0.36f, 0.42f, 0.42f, 0.36f};
 
 // Two read heads half a window apart that run against the writer and take turns (Puckette, 2007).
 class Shifter {
@@ -72,7 +74,6 @@ class Shimmer final : public SendEffect {
     return sum;
   }
   double longestDelay() const override { return 0.4; }
-  bool endless() const override { return freeze_ > 0.99f; }
 
   void clear() override {
     clock_.clear();
@@ -90,8 +91,7 @@ class Shimmer final : public SendEffect {
     swing_ += (std::clamp(fx.shimmer_mod, 0.0f, 1.0f) - swing_) * c;
     const float amount = std::clamp(fx.shimmer_amount, 0.0f, 1.0f);
     const int pitch = std::min<int>(fx.shimmer_pitch, int(std::size(semitonesOf)) - 1);
-    // Downwards each turn keeps more of its energy, so it gets less.
-    amount_.aim((semitonesOf[pitch] < 0 ? 0.4f : 0.5f) * amount * (1 - freeze_), snap);
+    amount_.aim(shareOf[pitch] * amount * (1 - freeze_), snap);
     open_.aim(1 - freeze_, snap);
     bloom_ = 0.35f + 0.4f * std::clamp(fx.shimmer_bloom, 0.0f, 1.0f);
     if (pitch != pitch_) {
@@ -127,8 +127,9 @@ class Shimmer final : public SendEffect {
     for (int q = 0; q < quads(n); q++) {
       const f4 left = y[0].at(q) - y[2].at(q) + y[4].at(q) - y[6].at(q);
       const f4 right = y[1].at(q) - y[3].at(q) + y[5].at(q) - y[7].at(q);
-      out.l.put(q, late * left + early * x.l.at(q));
-      out.r.put(q, late * right + early * x.r.at(q));
+      const f4 direct = early * open_.four(q);
+      out.l.put(q, late * left + direct * x.l.at(q));
+      out.r.put(q, late * right + direct * x.r.at(q));
       shifted.l.put(q, splat(0.5f) * left);
       shifted.r.put(q, splat(0.5f) * right);
     }
@@ -156,10 +157,13 @@ class Shimmer final : public SendEffect {
   }
 
  private:
-  // Clipped softly where it grows beyond 1, untouched below.
+  // Bent softly where it grows beyond 1, towards 2; untouched below.
   static f4 bounded(f4 x) {
-    const i4 loud = dsp::abs(x) > splat(1);
-    return any(loud) ? select(loud, sat(clip(x, 3)), x) : x;
+    const f4 size = dsp::abs(x);
+    const i4 loud = size > splat(1);
+    if (!any(loud)) return x;
+    const f4 bent = splat(2) - splat(1) / max(size, splat(1));
+    return select(loud, select(x > splat(0), bent, -bent), x);
   }
 
   void moveLines(bool snap, float decay) {

@@ -16,7 +16,7 @@ constexpr double lineSize = 262144;
 constexpr double freeSpacing = 0.168;  // seconds between heads at rate 1
 constexpr float audible = 0.0001f;
 // The heads of each option: bit k is head k + 1.
-constexpr int headsOf[] = {1, 2, 4, 3, 6, 5, 7};
+constexpr int headsOf[] = {1, 2, 4, 3, 5, 6, 7};
 constexpr float toLeft[3] = {0.85f, 0.4f, 0.65f}, toRight[3] = {0.4f, 0.85f, 0.65f};
 
 class TapeEcho final : public SendEffect {
@@ -32,7 +32,6 @@ class TapeEcho final : public SendEffect {
   }
   std::size_t bytes() const override { return line_.bytes() + spring_.bytes(); }
   double longestDelay() const override { return 3 * wanted_ / rate_ + 0.1; }
-  bool endless() const override { return intensity_ >= 1; }
 
   void clear() override {
     clock_.clear();
@@ -54,6 +53,9 @@ class TapeEcho final : public SendEffect {
     intensity_ = fx.tape_intensity;
     wow_ = fx.tape_wow;
     springLevel_ = fx.tape_spring;
+    if (springLevel_ > audible || springNow_.now > audible) springTail_ = u32(4 * rate_);
+    if (springOn_ && springTail_ == 0) spring_.clear();
+    springOn_ = springTail_ > 0;
     if (fx.tape_age != age_) {
       age_ = fx.tape_age;
       highCut_.lowAt(9000 * math::pow(0.3, double(age_)), rate_);
@@ -63,8 +65,10 @@ class TapeEcho final : public SendEffect {
     }
     if (fx.tape_tone != tone_) {
       tone_ = fx.tape_tone;
-      lowGain_ = float(math::fromDb(-6 * double(tone_)));
-      highGain_ = float(math::fromDb(6 * double(tone_)));
+      // Six decibels each way, and never above unity: the tilt lies in the loop.
+      const double boost = 6 * std::fabs(double(tone_));
+      lowGain_ = float(math::fromDb(-6 * double(tone_) - boost));
+      highGain_ = float(math::fromDb(6 * double(tone_) - boost));
     }
     lowCut_.state.flush();
     highCut_.state.flush();
@@ -160,8 +164,7 @@ class TapeEcho final : public SendEffect {
   }
 
   void addSpring(const Stereo& in, Stereo& out, const Block& sum, const Block& level, int n, u64 clock) {
-    if (springLevel_ > audible || springNow_.now > audible) springTail_ = u32(4 * rate_);
-    if (springTail_ == 0) return;
+    if (!springOn_) return;
     springTail_ -= std::min(springTail_, u32(n));
     Block x, y;
     for (int i = 0; i < n; i++) x[i] = level[i] * ((in.l[i] + in.r[i]) * 0.25f + 0.5f * sum[i]);
@@ -171,7 +174,6 @@ class TapeEcho final : public SendEffect {
       out.l[i] += wet;
       out.r[i] += wet;
     }
-    if (springTail_ == 0) spring_.clear();
   }
 
   double rate_;
@@ -182,6 +184,7 @@ class TapeEcho final : public SendEffect {
   OnePole tilt_;
   Spring spring_;
   u32 springTail_ = 0;
+  bool springOn_ = false;
   double wanted_ = 8000, spacing_ = 8000;
   float level_[3] = {}, intensity_ = 0, wow_ = 0, springLevel_ = 0;
   Slew levelNow_[3], intensityNow_, wowNow_, springNow_;

@@ -105,14 +105,16 @@ void renderOrgan(KindState& st, Run& run) {
     f4 sums[2] = {splat(0), splat(0)};
     for (int k = 0; k < bars; k++) {
       const f4 ratio = splat(0.5f * float(partials[k]));
-      f4 a = level[k].at(q) * clamp((splat(0.46f) - ratio * inc.at(q)) * splat(1 / 0.06f), 0, 1);
+      const f4 present = clamp((splat(0.46f) - ratio * inc.at(q)) * splat(1 / 0.06f), 0, 1);
+      f4 a = level[k].at(q);
       if (k >= 2) a *= soft;
       if (k == clickBar) a += soft * splat(0.55f) * run.e[3].at(q) * click.at(q);
+      a *= present;
       if (!any(a > splat(0))) continue;
       sums[k >= drumBars] += a * sineAt(run.sine, (k >= clickBar ? moved : base) * partials[k]);
     }
-    const f4 d = half4 * sinePoly(drum.at(q) + phaseShift(0.25f / 6.2831853f));
-    const f4 h = half4 * sinePoly(horn.at(q) + phaseShift(0.25f / 6.2831853f));
+    const f4 d = half4 * sinePoly(drum.at(q) + quarterTurn);
+    const f4 h = half4 * sinePoly(horn.at(q) + quarterTurn);
     const f4 low = depth * splat(0.18f), high = depth * splat(0.42f);
     const f4 l = splat(0.34f) * (sums[0] * (one - (half4 - d) * low) + sums[1] * (one - (half4 - h) * high)) +
                  noise.at(q);

@@ -34,10 +34,14 @@ void cutSlice(KindState& st, const Run& run, int i) {
   if (0.5f * (white(st.seed) + 1) < std::min(stretch, 0.5f)) s.speed = -s.speed;
 }
 
-// The slice at its read place, under a sine window; the place moves on.
-float readSlice(KindState& st, const Run& run) {
+struct Slice {
+  float value = 0, window = 0;
+};
+
+// The slice at its read place, and its sine window there; the place moves on.
+Slice readSlice(KindState& st, const Run& run) {
   RiftState& s = st.rift;
-  if (s.length < 33) return 0;
+  if (s.length < 33) return {};
   const float n = float(s.length);
   const int at = std::min(int(s.place), s.length - 1);
   const float f = s.place - float(at);
@@ -47,7 +51,7 @@ float readSlice(KindState& st, const Run& run) {
   while (s.place >= n) s.place -= n;
   while (s.place < 0) s.place += n;
   if (s.place >= n) s.place = 0;  // what was just below 0 may have rounded up to n
-  return (a + f * (b - a)) * window;
+  return {a + f * (b - a), window};
 }
 
 }  // namespace
@@ -59,7 +63,7 @@ void renderRift(KindState& st, Run& run) {
   for (int i = 0; i < run.n; i++) {
     const float m = run.e[0][i], t = run.e[1][i], h = run.e[2][i];
     if (--s.clock <= 0) cutSlice(st, run, i);
-    s.tear += tearShare * (s.tearTarget - s.tear);
+    s.tear = flushed(s.tear + tearShare * (s.tearTarget - s.tear));
     const float tuned = (*run.inc)[i] * (s.tear != 0 ? exp2Fast(1.7f * s.tear) : 1);
     const float w = std::clamp(tuned, 1e-6f, 0.31f);
     const float share = std::clamp((16 * m + 2) * w, 0.003f, 0.65f);
@@ -84,10 +88,10 @@ void renderRift(KindState& st, Run& run) {
     y += h * (s.held - y) * 0.8f;
     run.rift->ring[s.written++ & ringMask] = y;
 
-    const float slice = readSlice(st, run);
+    const Slice slice = readSlice(st, run);
     s.mix = flushed(s.mix + ((s.length >= 33 ? 0.92f * h : 0) - s.mix) * mixShare);
-    const float out = y * (1 - s.mix) + s.mix * slice;
-    (*run.side)[i] = 0.16f * t * band + 0.34f * s.mix * (slice - y);
+    const float out = y * (1 - s.mix) + s.mix * slice.value * slice.window;
+    (*run.side)[i] = 0.16f * t * band + 0.34f * s.mix * (slice.value - y);
     (*run.mid)[i] = out / (0.5f * std::fabs(out) + 1);
   }
   run.stereo = true;

@@ -77,8 +77,8 @@ struct Vinyl {
   u32 seed = 0x2545F491u;
   float high[2] = {}, low[2] = {}, hiss[2] = {};
   float tick[2] = {}, tickOut[2] = {}, pop[2] = {}, popOut[2] = {};
-  float noise = 1;  // fades where the Track falls asleep
-  float tone = -1, highShare = 1, lowShare = 0;
+  float noise = 0;  // comes with the first sound, and fades where the Track falls asleep
+  float tone = -1, highShare = 1, lowShare = 0, hissShare = 1;
   void run(Lines& lines, const Params& p, Piece& x);
 };
 

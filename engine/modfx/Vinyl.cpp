@@ -26,10 +26,11 @@ void Vinyl::run(Lines& lines, const Params& p, Piece& x) {
     tone = p.tone;
     highShare = onePole(18000 * math::pow(1.0 / 6, double(tone)), p.rate);
     lowShare = onePole(20 * math::pow(12.5, double(tone)), p.rate);
+    hissShare = onePole(6000, p.rate);
   }
   const float dust = std::min(std::fabs(p.feedback) / 0.95f, 1.0f);
   const float chance = (70 * dust * dust + 2) / p.rate, decay = 1 - std::min(2500 / p.rate, 1.0f);
-  const float hissLevel = 0.012f * dust + 0.004f, hissShare = std::min(6000 * 6.2831853f / p.rate, 1.0f);
+  const float hissLevel = 0.012f * dust + 0.004f;
   const float fade = 1 / (hushSeconds * p.rate);
 
   lines.write(x);

@@ -70,6 +70,39 @@ TEST(Drums, HatsAndCymbalsAreBrightKicksAndTomsAreNot) {
   EXPECT_LT(length(hit(model(CLOSED_HAT), 4)), 0.3 * length(hit(model(OPEN_HAT), 4)));
 }
 
+TEST(Drums, NoHitEndsWhileItIsHeard) {
+  for (int model = 0; model < models; model++)
+    for (float decay : {0.0f, 0.1f, 0.5f}) {
+      Setting s;
+      s.model = model;
+      s.decay = decay;
+      s.snap = 1;
+      std::vector<float> x = hit(s, 6);
+      while (!x.empty() && x.back() == 0) x.pop_back();
+      ASSERT_GT(x.size(), 100u) << model;
+      float last = 0;
+      for (size_t i = x.size() - 8; i < x.size(); i++) last = std::max(last, std::fabs(x[i]));
+      EXPECT_LT(last, 2e-3f * peak(x)) << model << " decay " << decay;
+    }
+}
+
+TEST(Drums, AGateEndsAHitThatIsStillHeld) {
+  for (int model : {int(KICK), int(RIM), int(CLOSED_HAT)}) {
+    Setting s;
+    s.model = model;
+    s.decay = 0.1f;
+    s.hold = 0.3f;
+    Hit h;
+    h.start(s, 1, 48000);
+    std::vector<float> x(24000);
+    for (size_t at = 0; at < x.size(); at += 16) {
+      if (at == 480) h.release(0.02);
+      h.render(x.data() + at, 16);
+    }
+    EXPECT_LT(rms(x, 4800), 1e-3 * rms(x, 0, 480) + 1e-9) << model;
+  }
+}
+
 TEST(Drums, PitchDecayToneAndSnapDoWhatTheySay) {
   for (int m : {KICK, SNARE, TOM, RIM, COWBELL, CONGA, OPEN_HAT}) {
     Setting lo = model(m), hi = lo;

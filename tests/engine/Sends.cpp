@@ -159,6 +159,22 @@ TEST(Sends, EchoesComeInTime) {
   EXPECT_GT(peakAt(response(fx, click(), 6, 24).left, 5), 0.1) << "10 s at 24 BPM are halved";
 }
 
+TEST(Sends, ATapesHeadsStandInARow) {
+  SendFx fx = effect(FX_TAPE);
+  fx.tape_wow = fx.tape_age = 0;
+  fx.tape_intensity = 0;
+  const char* const heads[] = {"100", "010", "001", "110", "101", "011", "111"};
+  for (int option = 0; option < 7; option++) {
+    fx.tape_heads = u8(option);
+    const Audio a = response(fx, click(), 0.7);
+    for (int head = 0; head < 3; head++) {
+      const size_t at = size_t(0.168 * (head + 1) * rate);
+      const double level = rms(a.left, at - 20, at + 60);
+      EXPECT_EQ(level > 1e-4, heads[option][head] == '1') << heads[option] << " head " << head + 1;
+    }
+  }
+}
+
 TEST(Sends, FeedbackAtItsMostStaysBounded) {
   for (FxType type : {FX_DELAY, FX_TAPE, FX_HALL, FX_PLATE, FX_SHIMMER, FX_CHORUS}) {
     SendFx fx = effect(type);
@@ -190,6 +206,25 @@ TEST(Sends, FeedbackAtItsMostStaysBounded) {
           << type << " " << int(pitch);
     }
   }
+}
+
+TEST(Sends, EveryShimmerDiesAway) {
+  SendFx fx = effect(FX_SHIMMER);
+  fx.shimmer_amount = 1;
+  fx.shimmer_decay = 30;
+  for (u8 pitch = 0; pitch < 5; pitch++) {
+    fx.shimmer_pitch = pitch;
+    const Audio a = response(fx, burst(1), 60);
+    const double early = rms(a.left, 10 * 48000, 12 * 48000), late = rms(a.left, 57 * 48000);
+    EXPECT_LT(toDb(late / early), -12) << "pitch " << int(pitch);
+  }
+}
+
+TEST(Sends, ParametersThatGoToZeroArriveThere) {
+  dsp::Slew s{1};
+  dsp::Block b;
+  for (int i = 0; i < 20000; i++) s.run(0, 0.01f, b, segment);
+  EXPECT_EQ(s.now, 0) << "and do not stay among the numbers that are slow to reckon with";
 }
 
 TEST(Sends, AFrozenShimmerStands) {

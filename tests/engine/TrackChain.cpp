@@ -86,6 +86,16 @@ TEST_F(TrackChain, WidthAndMonoBelow) {
   EXPECT_LT(sideDb(), base - 12);
 }
 
+TEST_F(TrackChain, LanesThatNobodyReadsMayHoldAnything) {
+  // A vector's unused lanes go through the same table as the used ones.
+  for (float wild : {6.7e21f, -6.7e21f, 3e38f, INFINITY, -INFINITY, NAN})
+    for (int type : {drive::Soft, drive::Tube, drive::Hard, drive::Fold}) {
+      const dsp::f4 y =
+          drive::shape(drive::curve(type, 0.7f), dsp::sineTable(), dsp::f4{0.5f, wild, wild, wild});
+      EXPECT_TRUE(std::isfinite(y[0])) << type;
+    }
+}
+
 TEST_F(TrackChain, DriveStartsWithoutAStep) {
   const float* sineTable = dsp::sineTable();
   for (int type = 0; type < 4; type++)
