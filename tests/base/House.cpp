@@ -18,8 +18,9 @@ const std::map<std::string, std::set<std::string>> below = {
     {"core", {"base"}},
     {"engine", {"base", "core"}},
     {"spec", {"base", "core", "engine"}},
-    {"cli", {"base", "core", "engine", "spec"}},
-    {"app", {"base", "core", "engine", "spec", "cli"}},
+    {"analysis", {"base", "core", "engine", "spec"}},
+    {"cli", {"base", "core", "engine", "spec", "analysis"}},
+    {"app", {"base", "core", "engine", "spec", "analysis", "cli"}},
 };
 
 TEST(House, NoIncludeRunsUp) {
