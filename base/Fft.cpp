@@ -1,0 +1,197 @@
+#include "base/Fft.h"
+
+#include <cstddef>
+#include <stdexcept>
+#include <utility>
+
+#include "base/Math.h"
+
+namespace synth {
+namespace {
+
+// Two doubles side by side: what every 64-bit processor has, so one result on all of them.
+typedef double Pair __attribute__((vector_size(16)));
+
+// The same anywhere in an array of doubles.
+typedef double LoosePair __attribute__((vector_size(16), aligned(8), may_alias));
+
+Pair load(const double* at) { return *reinterpret_cast<const LoosePair*>(at); }
+void store(double* at, Pair value) { *reinterpret_cast<LoosePair*>(at) = value; }
+
+template <class T>
+T read(const double* at) {
+  if constexpr (sizeof(T) == sizeof(double))
+    return *at;
+  else
+    return load(at);
+}
+template <class T>
+void write(double* at, T value) {
+  if constexpr (sizeof(T) == sizeof(double))
+    *at = value;
+  else
+    store(at, value);
+}
+
+template <class T>
+struct Complex {
+  T re, im;
+};
+
+template <class T, class W>
+Complex<T> times(Complex<T> a, Complex<W> w) {
+  return {a.re * w.re - a.im * w.im, a.re * w.im + a.im * w.re};
+}
+
+template <class T>
+struct Quad {
+  Complex<T> out[4];
+};
+
+// The four-point transform of points that lie `step` apart.
+template <class T>
+Quad<T> butterfly(const double* re, const double* im, std::size_t step) {
+  const Complex<T> a{read<T>(re), read<T>(im)};
+  const Complex<T> b{read<T>(re + step), read<T>(im + step)};
+  const Complex<T> c{read<T>(re + 2 * step), read<T>(im + 2 * step)};
+  const Complex<T> d{read<T>(re + 3 * step), read<T>(im + 3 * step)};
+  const Complex<T> ac{a.re + c.re, a.im + c.im}, a_c{a.re - c.re, a.im - c.im};
+  const Complex<T> bd{b.re + d.re, b.im + d.im}, b_d{b.re - d.re, b.im - d.im};
+  return {{{ac.re + bd.re, ac.im + bd.im},
+           {a_c.re + b_d.im, a_c.im - b_d.re},
+           {ac.re - bd.re, ac.im - bd.im},
+           {a_c.re - b_d.im, a_c.im + b_d.re}}};
+}
+
+struct Span {
+  const double *re, *im;
+  double *toRe, *toIm;
+};
+
+struct Twiddles {
+  const double *re[3], *im[3];
+  Complex<double> at(int j, std::size_t p) const { return {re[j][p], im[j][p]}; }
+};
+
+// The first pass: neighbours in p share an instruction, and their results are interleaved on the way out.
+void firstPass(const Span& x, const Twiddles& w, std::size_t quarter) {
+  for (std::size_t p = 0; p < quarter; p += 2) {
+    Quad<Pair> y = butterfly<Pair>(x.re + p, x.im + p, quarter);
+    for (int j = 0; j < 3; ++j)
+      y.out[j + 1] = times(y.out[j + 1], Complex<Pair>{load(w.re[j] + p), load(w.im[j] + p)});
+    for (int half = 0; half < 2; ++half) {
+      const Complex<Pair>&u = y.out[2 * half], &v = y.out[2 * half + 1];
+      double *re = x.toRe + 4 * p + 2 * half, *im = x.toIm + 4 * p + 2 * half;
+      store(re, Pair{u.re[0], v.re[0]});
+      store(re + 4, Pair{u.re[1], v.re[1]});
+      store(im, Pair{u.im[0], v.im[0]});
+      store(im + 4, Pair{u.im[1], v.im[1]});
+    }
+  }
+}
+
+// A later pass over `stride` interleaved transforms of 4 x `quarter` points.
+template <class T>
+void pass(const Span& x, const Twiddles& w, std::size_t quarter, std::size_t stride) {
+  constexpr std::size_t lanes = sizeof(T) / sizeof(double);
+  const std::size_t step = quarter * stride;
+  for (std::size_t p = 0; p < quarter; ++p) {
+    const double *re = x.re + p * stride, *im = x.im + p * stride;
+    double *toRe = x.toRe + 4 * p * stride, *toIm = x.toIm + 4 * p * stride;
+    const Complex<double> w1 = w.at(0, p * stride), w2 = w.at(1, p * stride), w3 = w.at(2, p * stride);
+    for (std::size_t q = 0; q < stride; q += lanes) {
+      Quad<T> y = butterfly<T>(re + q, im + q, step);
+      if (p > 0) {
+        y.out[1] = times(y.out[1], w1);
+        y.out[2] = times(y.out[2], w2);
+        y.out[3] = times(y.out[3], w3);
+      }
+      for (std::size_t j = 0; j < 4; ++j) {
+        write<T>(toRe + q + j * stride, y.out[j].re);
+        write<T>(toIm + q + j * stride, y.out[j].im);
+      }
+    }
+  }
+}
+
+// What is left of a size that is no power of four.
+void lastPair(const Span& x, std::size_t half) {
+  for (std::size_t q = 0; q < half; ++q) {
+    const double aRe = x.re[q], aIm = x.im[q], bRe = x.re[q + half], bIm = x.im[q + half];
+    x.toRe[q] = aRe + bRe;
+    x.toIm[q] = aIm + bIm;
+    x.toRe[q + half] = aRe - bRe;
+    x.toIm[q + half] = aIm - bIm;
+  }
+}
+
+}  // namespace
+
+Fft::Fft(int size) : size_(size) {
+  if (size < 2 || (size & (size - 1)) != 0)
+    throw std::invalid_argument("A transform's size is a power of two");
+  const int quarter = size / 4;
+  std::vector<double> cosine(quarter + 1);
+  for (int k = 0; k <= quarter; ++k) cosine[k] = math::cos(2.0 * math::pi * k / size);
+  if (quarter > 0) cosine[quarter] = 0.0;
+  // exp(-2 pi i k / size) by its quadrant, k below 3 size / 4.
+  const auto root = [&](int k) -> Complex<double> {
+    const int quadrant = k / quarter, r = k % quarter;
+    const double c = cosine[r], s = cosine[quarter - r];
+    if (quadrant == 0) return {c, -s};
+    if (quadrant == 1) return {-s, -c};
+    return {-c, s};
+  };
+  for (int j = 0; j < 3; ++j) {
+    twiddleRe_[j].resize(quarter);
+    twiddleIm_[j].resize(quarter);
+    for (int p = 0; p < quarter; ++p) {
+      const Complex<double> w = root((j + 1) * p);
+      twiddleRe_[j][p] = w.re;
+      twiddleIm_[j][p] = w.im;
+    }
+  }
+}
+
+// Stockham's autosort scheme in radix 4: every pass reads and writes in order, so no bit reversal.
+void Fft::forward(Work& work) const {
+  Twiddles w;
+  for (int j = 0; j < 3; ++j) w.re[j] = twiddleRe_[j].data(), w.im[j] = twiddleIm_[j].data();
+  std::size_t length = std::size_t(size_), stride = 1;
+  while (length > 1) {
+    const Span x{work.re.data(), work.im.data(), work.scratchRe.data(), work.scratchIm.data()};
+    if (length == 2)
+      lastPair(x, stride);
+    else if (stride > 1)
+      pass<Pair>(x, w, length / 4, stride);
+    else if (length > 4)
+      firstPass(x, w, length / 4);
+    else
+      pass<double>(x, w, 1, 1);
+    std::swap(work.re, work.scratchRe);
+    std::swap(work.im, work.scratchIm);
+    length /= length == 2 ? 2 : 4;
+    stride *= 4;
+  }
+}
+
+void Fft::inverse(Work& work) const {
+  std::swap(work.re, work.im);
+  forward(work);
+  std::swap(work.re, work.im);
+}
+
+void Fft::powers(Work& work, double* a, double* b) const {
+  forward(work);
+  const double *re = work.re.data(), *im = work.im.data();
+  const int n = size_;
+  for (int k = 0; k <= n / 2; ++k) {
+    const int mirror = (n - k) & (n - 1);
+    const double sumRe = re[k] + re[mirror], sumIm = im[k] + im[mirror];
+    const double differenceRe = re[k] - re[mirror], differenceIm = im[k] - im[mirror];
+    a[k] = 0.25 * (sumRe * sumRe + differenceIm * differenceIm);
+    b[k] = 0.25 * (sumIm * sumIm + differenceRe * differenceRe);
+  }
+}
+
+}  // namespace synth
