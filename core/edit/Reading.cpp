@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "core/PitchNames.h"
 #include "core/model/Clips.h"
 #include "core/model/Markers.h"
 #include "core/model/Notes.h"
@@ -93,7 +94,6 @@ constexpr Chord chords[] = {
     {0x289, "m6"}, {0x95, "add9"},  {0x8d, "m(add9)"}, {0x485, "7sus2"}, {0x4a1, "7sus4"}, {0x495, "9"},
     {0x48d, "m9"}, {0x895, "maj9"}, {0x411, "7"},      {0x409, "m7"},    {0x811, "maj7"},  {0x81, "5"},
 };
-constexpr const char* sharpNames[12] = {"C", "C#", "D", "D#", "E", "F", "F#", "G", "G#", "A", "A#", "B"};
 constexpr const char* flatNames[12] = {"C", "Db", "D", "Eb", "E", "F", "Gb", "G", "Ab", "A", "Bb", "B"};
 
 const Chord* chordOf(unsigned mask) {
@@ -110,7 +110,7 @@ std::string chordName(const int* pitches, int count, bool flats) {
   for (int i = 0; i < count; i++) classes |= 1u << (((pitches[i] % 12) + 12) % 12);
   if ((classes & (classes - 1)) == 0) return "";
   const int lowest = *std::min_element(pitches, pitches + count), bass = ((lowest % 12) + 12) % 12;
-  const auto& names = flats ? flatNames : sharpNames;
+  const auto& names = flats ? flatNames : pitchClassNames;
   auto rotated = [&](int root) { return ((classes >> root) | (classes << (12 - root))) & 0xFFF; };
   // A root in the bass comes before every other reading.
   if (const Chord* c = chordOf(rotated(bass))) return std::string(names[bass]) + c->suffix;
