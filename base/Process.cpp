@@ -13,6 +13,14 @@
 extern char** environ;
 
 namespace synth {
+namespace {
+
+void closeEnd(int& descriptor) {
+  if (descriptor >= 0) ::close(descriptor);
+  descriptor = -1;
+}
+
+}  // namespace
 
 std::string programPath(const std::string& name) {
   const char* path = std::getenv("PATH");
@@ -28,7 +36,8 @@ std::string programPath(const std::string& name) {
 }
 
 Process::~Process() {
-  if (input_ >= 0) ::close(input_);
+  closeEnd(input_);
+  closeEnd(output_);
   if (pid_ < 0) return;
   ::kill(pid_, SIGTERM);
   ::waitpid(pid_, nullptr, 0);
@@ -38,25 +47,44 @@ bool Process::start(const std::vector<std::string>& arguments) {
   // A socket instead of a pipe: writing to a program that has ended must not raise a signal here.
   int ends[2];
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) return false;
+  input_ = ends[1];
+  const bool started = spawn(arguments, ends[0], -1);
+  ::close(ends[0]);
+  if (!started) closeEnd(input_);
+  return started;
+}
+
+bool Process::startReading(const std::vector<std::string>& arguments) {
+  int ends[2];
+  if (::pipe2(ends, O_CLOEXEC) != 0) return false;
+  output_ = ends[0];
+  const bool started = spawn(arguments, -1, ends[1]);
+  ::close(ends[1]);
+  if (!started) closeEnd(output_);
+  return started;
+}
+
+// A descriptor below 0 stands for nothing to read, or nowhere to write.
+bool Process::spawn(const std::vector<std::string>& arguments, int input, int output) {
   std::vector<char*> argv;
   for (const std::string& a : arguments) argv.push_back(const_cast<char*>(a.c_str()));
   argv.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   ::posix_spawn_file_actions_init(&actions);
-  ::posix_spawn_file_actions_adddup2(&actions, ends[0], STDIN_FILENO);
-  ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-  ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
+  auto connect = [&](int descriptor, int to, int mode) {
+    if (descriptor >= 0)
+      ::posix_spawn_file_actions_adddup2(&actions, descriptor, to);
+    else
+      ::posix_spawn_file_actions_addopen(&actions, to, "/dev/null", mode, 0);
+  };
+  connect(input, STDIN_FILENO, O_RDONLY);
+  connect(output, STDOUT_FILENO, O_WRONLY);
+  connect(-1, STDERR_FILENO, O_WRONLY);
   pid_t pid = -1;
   const bool started = ::posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) == 0;
   ::posix_spawn_file_actions_destroy(&actions);
-  ::close(ends[0]);
-  if (!started) {
-    ::close(ends[1]);
-    return false;
-  }
-  pid_ = pid;
-  input_ = ends[1];
-  return true;
+  if (started) pid_ = pid;
+  return started;
 }
 
 bool Process::feed(const void* data, std::size_t size) {
@@ -71,9 +99,20 @@ bool Process::feed(const void* data, std::size_t size) {
   return true;
 }
 
+std::size_t Process::read(void* data, std::size_t size) {
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t n = ::read(output_, static_cast<char*>(data) + done, size - done);
+    if (n < 0 && errno == EINTR) continue;
+    if (n <= 0) break;
+    done += std::size_t(n);
+  }
+  return done;
+}
+
 int Process::finish() {
-  if (input_ >= 0) ::close(input_);
-  input_ = -1;
+  closeEnd(input_);
+  closeEnd(output_);
   if (pid_ < 0) return -1;
   int status = 0;
   while (::waitpid(pid_, &status, 0) < 0)

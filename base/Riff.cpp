@@ -1,0 +1,35 @@
+#include "base/Riff.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace synth {
+namespace {
+
+constexpr std::uint64_t headerBytes = 8;
+// A RIFF file tells its length in 32 bits.
+constexpr std::uint64_t largest = headerBytes + 0xFFFFFFFF;
+
+}  // namespace
+
+RiffWalk::RiffWalk(ByteSource& bytes) : bytes_(bytes), end_(std::min(bytes.size(), largest)) {}
+
+bool RiffWalk::next(RiffChunk& chunk) {
+  unsigned char header[headerBytes];
+  if (at_ + headerBytes > end_ || bytes_.read(at_, header, headerBytes) != headerBytes) return false;
+  std::uint32_t length;
+  std::memcpy(chunk.id, header, 4);
+  std::memcpy(&length, header + 4, 4);
+  chunk.at = at_ + headerBytes;
+  chunk.length = std::min<std::uint64_t>(length, end_ - chunk.at);
+  at_ = chunk.at + chunk.length + chunk.length % 2;
+  return true;
+}
+
+bool isRiff(ByteSource& bytes, std::string_view form) {
+  char start[12];
+  return bytes.read(0, start, sizeof start) == sizeof start && std::string_view(start, 4) == "RIFF" &&
+         std::string_view(start + 8, 4) == form;
+}
+
+}  // namespace synth
