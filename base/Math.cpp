@@ -141,4 +141,26 @@ double tan(double x) {
   return r.quadrant & 1 ? -c / s : s / c;
 }
 
+namespace {
+
+// For 0 <= x <= 1: two half-angle steps leave at most tan(pi / 16) for the series.
+double atanOf(double x) {
+  for (int step = 0; step < 2; step++) x = x / (1 + std::sqrt(1 + x * x));
+  const double square = x * x;
+  double series = 0;
+  for (int n = 25; n >= 1; n -= 2) series = 1.0 / n - square * series;
+  return 4 * x * series;
+}
+
+}  // namespace
+
+double atan2(double y, double x) {
+  const double ax = std::fabs(x), ay = std::fabs(y);
+  if (std::isnan(x) || std::isnan(y)) return NAN;
+  if (ax == 0 && ay == 0) return 0;
+  double angle = ax >= ay ? atanOf(ay / ax) : pi / 2 - atanOf(ax / ay);
+  if (x < 0) angle = pi - angle;
+  return y < 0 ? -angle : angle;
+}
+
 }  // namespace synth::math

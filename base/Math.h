@@ -24,6 +24,9 @@ double sin(double x);
 double cos(double x);
 double tan(double x);
 
+// The angle of the point (x, y), -pi..pi; 0 at the origin.
+double atan2(double y, double x);
+
 inline float exp2(float x) { return float(exp2(double(x))); }
 inline float log2(float x) { return float(log2(double(x))); }
 inline float exp(float x) { return float(exp(double(x))); }

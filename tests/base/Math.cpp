@@ -55,6 +55,17 @@ TEST(Math, StaysWithinAFewUnitsInTheLastPlace) {
   NEAR(tanh, 0.1, 25, 8);
 }
 
+TEST(Math, FindsAngles) {
+  for (int i = -180; i <= 180; i++) {
+    const double angle = i * math::pi / 180;
+    for (double r : {1e-9, 1.0, 3e7})
+      EXPECT_NEAR(math::atan2(r * std::sin(angle), r * std::cos(angle)), std::atan2(r * std::sin(angle), r * std::cos(angle)), 2e-15) << i;
+  }
+  EXPECT_EQ(math::atan2(0, 0), 0);
+  EXPECT_EQ(math::atan2(0, -1), math::pi);
+  EXPECT_TRUE(std::isnan(math::atan2(NAN, 1)));
+}
+
 TEST(Math, RaisesPowersAsWellAsItsLogarithmAllows) {
   test::Random r(5);
   for (int i = 0; i < 50000; i++) {
