@@ -9,11 +9,6 @@
 #include <cstring>
 
 namespace synth {
-namespace {
-
-constexpr std::size_t windowBytes = 65536;
-
-}  // namespace
 
 std::size_t MemoryBytes::read(std::uint64_t at, void* to, std::size_t count) {
   if (at >= bytes_.size()) return 0;
@@ -37,19 +32,6 @@ std::unique_ptr<FileBytes> FileBytes::open(const std::string& path) {
 FileBytes::~FileBytes() { ::close(descriptor_); }
 
 std::size_t FileBytes::read(std::uint64_t at, void* to, std::size_t count) {
-  if (count >= windowBytes) return readFile(at, to, count);
-  if (at < windowAt_ || at + count > windowAt_ + window_.size()) {
-    window_.resize(windowBytes);
-    window_.resize(readFile(at, window_.data(), windowBytes));
-    windowAt_ = at;
-  }
-  const std::size_t from = std::size_t(at - windowAt_);
-  count = std::min(count, window_.size() - from);
-  std::memcpy(to, window_.data() + from, count);
-  return count;
-}
-
-std::size_t FileBytes::readFile(std::uint64_t at, void* to, std::size_t count) {
   std::size_t done = 0;
   while (done < count) {
     const ssize_t got = ::pread(descriptor_, static_cast<char*>(to) + done, count - done, off_t(at + done));

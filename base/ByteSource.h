@@ -6,7 +6,6 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace synth {
 
@@ -29,7 +28,6 @@ class MemoryBytes final : public ByteSource {
   std::span<const unsigned char> bytes_;
 };
 
-// Small reads come from a window, so that a walk over many little things costs few calls.
 class FileBytes final : public ByteSource {
  public:
   // Null when the path cannot be opened or is no regular file.
@@ -43,11 +41,9 @@ class FileBytes final : public ByteSource {
 
  private:
   FileBytes(int descriptor, std::uint64_t size) : descriptor_(descriptor), size_(size) {}
-  std::size_t readFile(std::uint64_t at, void* to, std::size_t count);
 
   int descriptor_;
-  std::uint64_t size_, windowAt_ = 0;
-  std::vector<unsigned char> window_;
+  std::uint64_t size_;
 };
 
 }  // namespace synth

@@ -7,6 +7,7 @@ namespace synth {
 namespace {
 
 constexpr std::uint64_t headerBytes = 8;
+constexpr std::size_t windowBytes = 65536;
 // A RIFF file tells its length in 32 bits.
 constexpr std::uint64_t largest = headerBytes + 0xFFFFFFFF;
 
@@ -15,8 +16,14 @@ constexpr std::uint64_t largest = headerBytes + 0xFFFFFFFF;
 RiffWalk::RiffWalk(ByteSource& bytes) : bytes_(bytes), end_(std::min(bytes.size(), largest)) {}
 
 bool RiffWalk::next(RiffChunk& chunk) {
-  unsigned char header[headerBytes];
-  if (at_ + headerBytes > end_ || bytes_.read(at_, header, headerBytes) != headerBytes) return false;
+  if (at_ + headerBytes > end_) return false;
+  if (at_ < windowAt_ || at_ + headerBytes > windowAt_ + window_.size()) {
+    window_.resize(windowBytes);
+    window_.resize(bytes_.read(at_, window_.data(), windowBytes));
+    windowAt_ = at_;
+    if (window_.size() < headerBytes) return false;
+  }
+  const unsigned char* header = window_.data() + (at_ - windowAt_);
   std::uint32_t length;
   std::memcpy(chunk.id, header, 4);
   std::memcpy(&length, header + 4, 4);

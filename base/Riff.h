@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "base/ByteSource.h"
 
@@ -25,6 +26,9 @@ class RiffWalk {
  private:
   ByteSource& bytes_;
   std::uint64_t at_ = 12, end_;
+  // Read ahead: a file can hold a great many empty chunks.
+  std::vector<unsigned char> window_;
+  std::uint64_t windowAt_ = 0;
 };
 
 // Whether the bytes begin as a RIFF file of that form, four letters such as "WAVE".
