@@ -38,29 +38,33 @@ struct Complex {
   T re, im;
 };
 
+template <class T>
+Complex<T> operator+(Complex<T> a, Complex<T> b) {
+  return {a.re + b.re, a.im + b.im};
+}
+template <class T>
+Complex<T> operator-(Complex<T> a, Complex<T> b) {
+  return {a.re - b.re, a.im - b.im};
+}
 template <class T, class W>
 Complex<T> times(Complex<T> a, Complex<W> w) {
   return {a.re * w.re - a.im * w.im, a.re * w.im + a.im * w.re};
 }
 
 template <class T>
-struct Quad {
-  Complex<T> out[4];
+struct Four {
+  Complex<T> a, b, c, d;
 };
 
 // The four-point transform of points that lie `step` apart.
 template <class T>
-Quad<T> butterfly(const double* re, const double* im, std::size_t step) {
+[[gnu::always_inline]] inline Four<T> butterfly(const double* re, const double* im, std::size_t step) {
   const Complex<T> a{read<T>(re), read<T>(im)};
   const Complex<T> b{read<T>(re + step), read<T>(im + step)};
   const Complex<T> c{read<T>(re + 2 * step), read<T>(im + 2 * step)};
   const Complex<T> d{read<T>(re + 3 * step), read<T>(im + 3 * step)};
-  const Complex<T> ac{a.re + c.re, a.im + c.im}, a_c{a.re - c.re, a.im - c.im};
-  const Complex<T> bd{b.re + d.re, b.im + d.im}, b_d{b.re - d.re, b.im - d.im};
-  return {{{ac.re + bd.re, ac.im + bd.im},
-           {a_c.re + b_d.im, a_c.im - b_d.re},
-           {ac.re - bd.re, ac.im - bd.im},
-           {a_c.re - b_d.im, a_c.im + b_d.re}}};
+  const Complex<T> ac = a + c, a_c = a - c, bd = b + d, b_d = b - d;
+  return {ac + bd, {a_c.re + b_d.im, a_c.im - b_d.re}, ac - bd, {a_c.re - b_d.im, a_c.im + b_d.re}};
 }
 
 struct Span {
@@ -70,24 +74,35 @@ struct Span {
 
 struct Twiddles {
   const double *re[3], *im[3];
-  Complex<double> at(int j, std::size_t p) const { return {re[j][p], im[j][p]}; }
+  template <class T>
+  Complex<T> at(int j, std::size_t p) const {
+    return {read<T>(re[j] + p), read<T>(im[j] + p)};
+  }
 };
+
+void storeCrossed(double* at, Pair a, Pair b, Pair c, Pair d) {
+  store(at, Pair{a[0], b[0]});
+  store(at + 2, Pair{c[0], d[0]});
+  store(at + 4, Pair{a[1], b[1]});
+  store(at + 6, Pair{c[1], d[1]});
+}
 
 // The first pass: neighbours in p share an instruction, and their results are interleaved on the way out.
 void firstPass(const Span& x, const Twiddles& w, std::size_t quarter) {
   for (std::size_t p = 0; p < quarter; p += 2) {
-    Quad<Pair> y = butterfly<Pair>(x.re + p, x.im + p, quarter);
-    for (int j = 0; j < 3; ++j)
-      y.out[j + 1] = times(y.out[j + 1], Complex<Pair>{load(w.re[j] + p), load(w.im[j] + p)});
-    for (int half = 0; half < 2; ++half) {
-      const Complex<Pair>&u = y.out[2 * half], &v = y.out[2 * half + 1];
-      double *re = x.toRe + 4 * p + 2 * half, *im = x.toIm + 4 * p + 2 * half;
-      store(re, Pair{u.re[0], v.re[0]});
-      store(re + 4, Pair{u.re[1], v.re[1]});
-      store(im, Pair{u.im[0], v.im[0]});
-      store(im + 4, Pair{u.im[1], v.im[1]});
-    }
+    const Four<Pair> y = butterfly<Pair>(x.re + p, x.im + p, quarter);
+    const Complex<Pair> b = times(y.b, w.at<Pair>(0, p));
+    const Complex<Pair> c = times(y.c, w.at<Pair>(1, p));
+    const Complex<Pair> d = times(y.d, w.at<Pair>(2, p));
+    storeCrossed(x.toRe + 4 * p, y.a.re, b.re, c.re, d.re);
+    storeCrossed(x.toIm + 4 * p, y.a.im, b.im, c.im, d.im);
   }
+}
+
+template <class T>
+void put(const Span& x, std::size_t at, Complex<T> value) {
+  write<T>(x.toRe + at, value.re);
+  write<T>(x.toIm + at, value.im);
 }
 
 // A later pass over `stride` interleaved transforms of 4 x `quarter` points.
@@ -95,33 +110,34 @@ template <class T>
 void pass(const Span& x, const Twiddles& w, std::size_t quarter, std::size_t stride) {
   constexpr std::size_t lanes = sizeof(T) / sizeof(double);
   const std::size_t step = quarter * stride;
-  for (std::size_t p = 0; p < quarter; ++p) {
-    const double *re = x.re + p * stride, *im = x.im + p * stride;
-    double *toRe = x.toRe + 4 * p * stride, *toIm = x.toIm + 4 * p * stride;
-    const Complex<double> w1 = w.at(0, p * stride), w2 = w.at(1, p * stride), w3 = w.at(2, p * stride);
+  for (std::size_t q = 0; q < stride; q += lanes) {
+    const Four<T> y = butterfly<T>(x.re + q, x.im + q, step);
+    put(x, q, y.a);
+    put(x, q + stride, y.b);
+    put(x, q + 2 * stride, y.c);
+    put(x, q + 3 * stride, y.d);
+  }
+  for (std::size_t p = 1; p < quarter; ++p) {
+    const std::size_t from = p * stride, to = 4 * p * stride;
+    const Complex<double> w1 = w.at<double>(0, from), w2 = w.at<double>(1, from), w3 = w.at<double>(2, from);
     for (std::size_t q = 0; q < stride; q += lanes) {
-      Quad<T> y = butterfly<T>(re + q, im + q, step);
-      if (p > 0) {
-        y.out[1] = times(y.out[1], w1);
-        y.out[2] = times(y.out[2], w2);
-        y.out[3] = times(y.out[3], w3);
-      }
-      for (std::size_t j = 0; j < 4; ++j) {
-        write<T>(toRe + q + j * stride, y.out[j].re);
-        write<T>(toIm + q + j * stride, y.out[j].im);
-      }
+      const Four<T> y = butterfly<T>(x.re + from + q, x.im + from + q, step);
+      put(x, to + q, y.a);
+      put(x, to + q + stride, times(y.b, w1));
+      put(x, to + q + 2 * stride, times(y.c, w2));
+      put(x, to + q + 3 * stride, times(y.d, w3));
     }
   }
 }
 
 // What is left of a size that is no power of four.
+template <class T>
 void lastPair(const Span& x, std::size_t half) {
-  for (std::size_t q = 0; q < half; ++q) {
-    const double aRe = x.re[q], aIm = x.im[q], bRe = x.re[q + half], bIm = x.im[q + half];
-    x.toRe[q] = aRe + bRe;
-    x.toIm[q] = aIm + bIm;
-    x.toRe[q + half] = aRe - bRe;
-    x.toIm[q + half] = aIm - bIm;
+  for (std::size_t q = 0; q < half; q += sizeof(T) / sizeof(double)) {
+    const Complex<T> a{read<T>(x.re + q), read<T>(x.im + q)};
+    const Complex<T> b{read<T>(x.re + q + half), read<T>(x.im + q + half)};
+    put(x, q, a + b);
+    put(x, q + half, a - b);
   }
 }
 
@@ -156,12 +172,17 @@ Fft::Fft(int size) : size_(size) {
 // Stockham's autosort scheme in radix 4: every pass reads and writes in order, so no bit reversal.
 void Fft::forward(Work& work) const {
   Twiddles w;
-  for (int j = 0; j < 3; ++j) w.re[j] = twiddleRe_[j].data(), w.im[j] = twiddleIm_[j].data();
+  for (int j = 0; j < 3; ++j) {
+    w.re[j] = twiddleRe_[j].data();
+    w.im[j] = twiddleIm_[j].data();
+  }
   std::size_t length = std::size_t(size_), stride = 1;
   while (length > 1) {
     const Span x{work.re.data(), work.im.data(), work.scratchRe.data(), work.scratchIm.data()};
-    if (length == 2)
-      lastPair(x, stride);
+    if (length == 2 && stride == 1)
+      lastPair<double>(x, stride);
+    else if (length == 2)
+      lastPair<Pair>(x, stride);
     else if (stride > 1)
       pass<Pair>(x, w, length / 4, stride);
     else if (length > 4)
