@@ -202,16 +202,15 @@ void Fft::inverse(Work& work) const {
   std::swap(work.re, work.im);
 }
 
-void Fft::powers(Work& work, double* a, double* b) const {
+void Fft::powers(Work& work, int first, int last, double* a, double* b) const {
   forward(work);
   const double *re = work.re.data(), *im = work.im.data();
-  const int n = size_;
-  for (int k = 0; k <= n / 2; ++k) {
-    const int mirror = (n - k) & (n - 1);
+  for (int k = first; k <= last; ++k) {
+    const int mirror = (size_ - k) & (size_ - 1);
     const double sumRe = re[k] + re[mirror], sumIm = im[k] + im[mirror];
     const double differenceRe = re[k] - re[mirror], differenceIm = im[k] - im[mirror];
-    a[k] = 0.25 * (sumRe * sumRe + differenceIm * differenceIm);
-    b[k] = 0.25 * (sumIm * sumIm + differenceRe * differenceRe);
+    a[k - first] = 0.25 * (sumRe * sumRe + differenceIm * differenceIm);
+    b[k - first] = 0.25 * (sumIm * sumIm + differenceRe * differenceRe);
   }
 }
 

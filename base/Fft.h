@@ -27,7 +27,9 @@ class Fft {
 
   // Two real signals in one transform: with a in `re` and b in `im`, transforms and writes the powers
   // |A|^2 and |B|^2 of bins 0..size/2, size/2 + 1 values each.
-  void powers(Work& work, double* a, double* b) const;
+  void powers(Work& work, double* a, double* b) const { powers(work, 0, size_ / 2, a, b); }
+  // The same of bins first..last alone, `a` and `b` starting at the first.
+  void powers(Work& work, int first, int last, double* a, double* b) const;
 
  private:
   int size_;
