@@ -20,10 +20,10 @@ struct Cells {
 
 inline constexpr float silenceDb = -160;
 
-// The middle signal (left + right) / 2. Hann windows of 32768 samples below 130 Hz, so that neighbouring
-// notes of a bass part, down to 4096 above 2080 Hz, so that hits stay sharp; they change over within a third
-// of an octave. Columns wider than half a window show the loudest moment within them. The result does not
-// depend on `threads` (1 or more).
+// The middle signal (left + right) / 2, also from around the plane's span. Hann windows run from 32768
+// samples below 130 Hz, which part the notes of a bass, down to 4096 above 2080 Hz, which keep hits sharp,
+// and change over within a third of an octave. Rows wider than a bin show the loudest within them, columns
+// wider than half a window the loudest moment. The result does not depend on `threads` (1 or more).
 Cells measureCells(const Audio& audio, const Axes& axes, int threads);
 
 }  // namespace synth::analysis

@@ -18,7 +18,7 @@ struct PictureSettings {
   double toS = 0;  // 0: the end of the longest audio, which is also the latest
   double fminHz = 30, fmaxHz = 8000;
   double dbRange = 80;  // what is that much below the loudest cell of all panels, or more, is black
-  int width = 0;        // pixels; 0: 80 a second, 600..1800
+  int width = 0;        // of the whole picture in pixels, 120..16384; 0: 80 a second, 600..1800
   std::optional<BarLines> bars = {};  // seconds without
   int threads = 0;                    // 0: as many as there are cores; the picture does not depend on it
 };
