@@ -21,10 +21,10 @@ constexpr int gap = 18;
 constexpr int pixelsPerSemitone = 5, lowestPanel = 120, highestPanel = 900;
 constexpr int pixelsPerSecond = 80, narrowest = 600, widest = 1800;
 constexpr int leastWidth = 120, mostWidth = 16384;
+constexpr double lowestHz = 10, highestHz = sampleRate / 2.0;
 constexpr double shortestSpanS = 0.05, differenceDb = 24;
 
-constexpr Colour page{0x0E, 0x11, 0x1A}, ink{0xE6, 0xE9, 0xF2}, faintInk{0x8A, 0x92, 0xA8},
-    line{0xC8, 0xD4, 0xFF};
+constexpr Colour page{0x0E, 0x11, 0x1A}, ink{0xE6, 0xE9, 0xF2}, faintInk{0x8A, 0x92, 0xA8};
 
 double opacityOf(TickWeight weight) {
   return weight == TickWeight::Bar ? 0.34 : weight == TickWeight::Beat ? 0.18 : 0.09;
@@ -53,8 +53,8 @@ Axes axesOf(std::span<const Audio* const> audios, const PictureSettings& setting
   for (const Audio* audio : audios) endS = std::max(endS, audio->seconds());
   if (!(endS > 0)) throw std::runtime_error("Nothing to draw");
   Axes axes;
-  axes.fminHz = std::max(settings.fminHz, 1.0);
-  axes.fmaxHz = settings.fmaxHz;
+  axes.fminHz = std::max(settings.fminHz, lowestHz);
+  axes.fmaxHz = std::min(settings.fmaxHz, highestHz);
   if (!(axes.fmaxHz > axes.fminHz)) throw std::runtime_error("--fmax must be above --fmin");
   axes.fromS = std::max(settings.fromS, 0.0);
   axes.toS = settings.toS > 0 ? std::min(settings.toS, endS) : endS;

@@ -15,8 +15,8 @@ namespace synth::analysis {
 
 struct PictureSettings {
   double fromS = 0;
-  double toS = 0;  // 0: the end of the longest audio, which is also the latest
-  double fminHz = 30, fmaxHz = 8000;
+  double toS = 0;                     // 0: the end of the longest audio, which is also the latest
+  double fminHz = 30, fmaxHz = 8000;  // held within 10..24000
   double dbRange = 80;  // what is that much below the loudest cell of all panels, or more, is black
   int width = 0;        // of the whole picture in pixels, 120..16384; 0: 80 a second, 600..1800
   std::optional<BarLines> bars = {};  // seconds without

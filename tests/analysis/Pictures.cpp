@@ -313,9 +313,9 @@ TEST(Pictures, FilesHaveTheSizeThatTheirSpanAsksFor) {
   narrow.fminHz = 200;
   narrow.fmaxHz = 210;
   EXPECT_EQ(one(audio, narrow).plots[0].height, 120);
-  narrow.fminHz = 0.001;
+  narrow.fminHz = -1;
   narrow.fmaxHz = 1e6;
-  EXPECT_EQ(one(audio, narrow).plots[0].height, 900);
+  EXPECT_EQ(one(audio, narrow).plots[0].height, 674);  // 10 to 24000 Hz
 }
 
 TEST(Pictures, SilenceIsDarkAndWhatCannotBeDrawnSaysWhy) {
@@ -328,6 +328,7 @@ TEST(Pictures, SilenceIsDarkAndWhatCannotBeDrawnSaysWhy) {
   EXPECT_EQ(errorOf([] { one(Audio{}, {}); }), "Nothing to draw");
   EXPECT_EQ(draw({.fminHz = 500, .fmaxHz = 400}), "--fmax must be above --fmin");
   EXPECT_EQ(draw({.fminHz = 500, .fmaxHz = 500}), "--fmax must be above --fmin");
+  EXPECT_EQ(draw({.fminHz = 1, .fmaxHz = 2}), "--fmax must be above --fmin");
   EXPECT_EQ(draw({.fromS = 0.5, .toS = 0.549}), "The time span is shorter than 50 ms");
   EXPECT_EQ(draw({.fromS = 0.96}), "The time span is shorter than 50 ms");
   EXPECT_EQ(draw({.fromS = 5, .toS = 8}), "The time span is shorter than 50 ms");
