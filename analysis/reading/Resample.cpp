@@ -165,7 +165,9 @@ void Resampler::makeGrid() {
 void Resampler::weighByGrid(Taps& taps) {
   if (gridSums_.empty()) makeGrid();
   const double at = taps.part * double(gridSums_.size() - 1);
-  const std::size_t row = std::size_t(at), width = table_.size() / gridSums_.size();
+  // A part just below 1 can round up to the last row, which has none behind it.
+  const std::size_t row = std::min(std::size_t(at), gridSums_.size() - 2);
+  const std::size_t width = table_.size() / gridSums_.size();
   const float *near = table_.data() + row * width, *far = near + width;
   taps.mix = at - double(row);
   auto mixed = [&](double a, double b) { return a + taps.mix * (b - a); };
