@@ -34,27 +34,32 @@ inline constexpr LoopStyle loopStyles[] = {
 };
 
 inline Signal kickHit() {
-  Signal x(samplesOf(0.25));
+  Signal x(samplesOf(0.6));
   double phase = 0;
   for (size_t i = 0; i < x.size(); i++) {
     const double t = double(i) / 48000;
-    phase += 2 * std::numbers::pi * (48 + 140 * std::exp(-t * 60)) / 48000;
+    phase += 2 * std::numbers::pi * (48 + 70 * std::exp(-t * 60)) / 48000;
     x[i] = float(0.8 * std::sin(phase) * std::exp(-t * 14));
   }
   return x;
 }
-inline Signal snareHit() {
-  Signal x = shaped(sine(190, 0.35, 0.16), 0.18);
-  addAt(x, 0, shaped(noise(0.4, 0.16, 5), 0.2));
-  return x;
-}
-inline Signal hatHit() {
-  Signal x = shaped(noise(0.3, 0.05, 9), 0.07, 0.001);
-  // Each difference takes the lows down by 6 dB an octave more.
-  for (int pass = 0; pass < 4; pass++)
+// Each difference takes the lows down by 6 dB an octave more.
+inline Signal thinned(Signal x, int passes) {
+  for (int pass = 0; pass < passes; pass++)
     for (size_t i = x.size(); i-- > 0;) x[i] = 0.6f * (x[i] - (i > 0 ? x[i - 1] : 0));
   return x;
 }
+// Its body swells softly, so that nothing of it lies where kicks do.
+inline Signal snareHit() {
+  Signal x = sine(400, 1, 0.2);
+  for (size_t i = 0; i < x.size(); i++) {
+    const double t = double(i) / 48000;
+    x[i] *= float(40 * t * std::exp(-t * 50));
+  }
+  addAt(x, 0, thinned(shaped(noise(0.9, 0.16, 5), 0.2, 0.001), 4));
+  return x;
+}
+inline Signal hatHit() { return thinned(shaped(noise(0.3, 0.05, 9), 0.07, 0.001), 4); }
 
 // `bars` of the style behind `before` seconds of silence.
 inline Signal drumLoop(const LoopStyle& style, double bpm, int bars, double before = 0) {
