@@ -110,8 +110,7 @@ void measureShares(const std::vector<double>& energy, const std::vector<Moment>&
   for (size_t i = 0; i < hits.size(); i++) {
     const long at = hits[i].sample;
     const double whole = energyOf(energy, at, at + body);
-    if (at + onset <= n && whole > least)
-      shares.push_back(ratioDb(energyOf(energy, at, at + onset), whole));
+    if (at + onset <= n && whole > least) shares.push_back(ratioDb(energyOf(energy, at, at + onset), whole));
     const long end = std::min(i + 1 < hits.size() ? hits[i + 1].sample : n, at + late);
     const double first = energyOf(energy, at, at + early);
     // A hit that the next one follows at once has no time to ring.
@@ -128,7 +127,8 @@ std::vector<Moment> momentsOf(const std::vector<double>& seconds) {
   // A thousandth of a sample for times that a decimal cannot say exactly.
   for (double s : seconds)
     if (s >= 0 && s < 1e6) moments.push_back({long(s * 1000 + 1e-6), long(s * sampleRate + 1e-3)});
-  std::sort(moments.begin(), moments.end(), [](const Moment& a, const Moment& b) { return a.sample < b.sample; });
+  std::sort(moments.begin(), moments.end(),
+            [](const Moment& a, const Moment& b) { return a.sample < b.sample; });
   return moments;
 }
 

@@ -49,12 +49,12 @@ struct Features {
 
   // One entry a frame, 100 a second; frame f is centred on sample 480 f.
   std::vector<float> levelDb;
-  std::vector<float> novelty;                          // 0..1
-  std::vector<std::array<float, 3>> bandLevelsDb;      // CoarseBands
-  std::vector<std::array<float, 12>> chromaFrames;     // the largest is 1
+  std::vector<float> novelty;                       // 0..1
+  std::vector<std::array<float, 3>> bandLevelsDb;   // CoarseBands
+  std::vector<std::array<float, 12>> chromaFrames;  // the largest is 1
   std::vector<std::array<float, melCount>> melDb;
-  std::vector<float> centroidFrames;                   // Hz, 0 in an inactive frame
-  std::vector<float> centroidHighFrames;               // of the bins from 250 Hz on
+  std::vector<float> centroidFrames;      // Hz, 0 in an inactive frame
+  std::vector<float> centroidHighFrames;  // of the bins from 250 Hz on
 
   std::vector<double> envelopeMs;  // one a millisecond: 5 ms RMS of the middle
 

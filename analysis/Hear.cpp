@@ -25,7 +25,8 @@ class TemporaryFolder {
     fs::path base = fs::temp_directory_path(none);
     if (base.empty()) base = "/tmp";
     path_ = (base / "synth-cli.XXXXXX").string();
-    if (!::mkdtemp(path_.data())) throw std::runtime_error("Cannot create a temporary folder in " + base.string());
+    if (!::mkdtemp(path_.data()))
+      throw std::runtime_error("Cannot create a temporary folder in " + base.string());
   }
   ~TemporaryFolder() {
     std::error_code none;
@@ -40,7 +41,8 @@ class TemporaryFolder {
 };
 
 int passesFor(const Project& project, const Part& part, double seconds) {
-  const double frames = spanFrames(project, part.whole ? 0 : part.from, part.whole ? songEnd(project) : part.to);
+  const double frames =
+      spanFrames(project, part.whole ? 0 : part.from, part.whole ? songEnd(project) : part.to);
   if (!(frames > 0)) return 1;
   return int(std::clamp(std::ceil(seconds * renderRate / frames - 1e-6), 1.0, 64.0));
 }

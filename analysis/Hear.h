@@ -9,13 +9,13 @@ namespace synth::analysis {
 
 struct Part {
   u32 from = 0, to = 0;
-  bool whole = true;  // the Song, else the Steps from..to
+  bool whole = true;         // the Song, else the Steps from..to
   int track = -1, pad = -1;  // alone, or -1
 };
 
-// Renders the part as often as it takes to last `atLeast` seconds, once at least and 64 times at most, without
-// a tail, through a file of 24 bits as an export would leave it. Throws std::runtime_error with the render's
-// words.
+// Renders the part as often as it takes to last `atLeast` seconds, once at least and 64 times at most,
+// without a tail, through a file of 24 bits as an export would leave it. Throws std::runtime_error with the
+// render's words.
 Audio hear(const Project& project, const Part& part, double atLeast = 0, const Progress& progress = {});
 
 }  // namespace synth::analysis

@@ -6,9 +6,9 @@
 namespace synth::analysis {
 
 struct Loudness {
-  double lufs = -70;        // gated, integrated
-  double lraLu = 0;         // loudness range
-  double monoLossDb = 0;    // what folding to mono takes, floored at -60
+  double lufs = -70;      // gated, integrated
+  double lraLu = 0;       // loudness range
+  double monoLossDb = 0;  // what folding to mono takes, floored at -60
 };
 
 Loudness loudnessOf(const Audio& audio);

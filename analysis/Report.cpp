@@ -96,8 +96,7 @@ Json timelineJson(const Features& f, double bpm) {
     rows.push(timelineRow(f, k * span / framesPerSecond, from, to));
   }
   return Json::object()
-      .add("columns",
-           "start_s, level_db, centroid_hz, low_db (<250 Hz), mid_db, high_db (>4 kHz), onsets")
+      .add("columns", "start_s, level_db, centroid_hz, low_db (<250 Hz), mid_db, high_db (>4 kHz), onsets")
       .add("window_s", number(window, 4))
       .add("rows", std::move(rows));
 }

@@ -10,13 +10,13 @@ namespace {
 constexpr int bands = 6;
 using Lanes = std::array<double, bands>;
 constexpr double centres[bands] = {250, 500, 1000, 2000, 4000, 8000};
-constexpr double lowPass = 0.01944344385374308;     // a one-pole at 150 Hz
+constexpr double lowPass = 0.01944344385374308;    // a one-pole at 150 Hz
 constexpr double highPass = 0.002614569920637133;  // a one-pole at 20 Hz
 constexpr size_t settling = 4800;
 
 // All six bands side by side, a sample at a time.
 struct Bank {
-  Lanes b{}, a1{}, a2{};                       // band passes of 0 dB peak gain, b0 = -b2 = b
+  Lanes b{}, a1{}, a2{};  // band passes of 0 dB peak gain, b0 = -b2 = b
   Lanes y1{}, y2{};
   std::array<Lanes, 4> smooth{};
   Lanes follow{}, again{};

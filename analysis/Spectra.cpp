@@ -25,7 +25,8 @@ struct Tables {
     for (int k = 0; k < 13; k++)
       for (int m = 0; m < melCount; m++)
         cosines[size_t(k)][size_t(m)] = math::cos(k * math::pi * (m + 0.5) / melCount);
-    for (int i = 0; i < bandCount; i++) bands[size_t(i)] = binsOf(Bands[size_t(i)].low, Bands[size_t(i)].high);
+    for (int i = 0; i < bandCount; i++)
+      bands[size_t(i)] = binsOf(Bands[size_t(i)].low, Bands[size_t(i)].high);
     for (int i = 0; i < 3; i++)
       coarse[size_t(i)] = binsOf(CoarseBands[size_t(i)].low, CoarseBands[size_t(i)].high);
     for (int i = 0; i < thirdOctaveCount; i++) thirds[size_t(i)] = thirdOctaveBins(i);
@@ -47,7 +48,8 @@ double flatnessOf(const double* power) {
   int k = 1;
   // The logarithm of four bins at a time: their product cannot leave the range of a double.
   for (; k + 4 <= last + 1; k += 4)
-    logs += math::log((power[k] + tiny) * (power[k + 1] + tiny) * (power[k + 2] + tiny) * (power[k + 3] + tiny));
+    logs +=
+        math::log((power[k] + tiny) * (power[k + 1] + tiny) * (power[k + 2] + tiny) * (power[k + 3] + tiny));
   for (; k <= last; k++) logs += math::log(power[k] + tiny);
   return math::exp(logs / last) / (sum(power + 1, last) / last + tiny);
 }
@@ -140,8 +142,7 @@ void Spectra::take(int frame, const double* mid, const double* side, double* amp
     features_.melDb[at][m] = float(powerDb(power));
     logs[m] = math::log(power + 1e-12);
   }
-  for (size_t k = 0; k < out.mfcc.size(); k++)
-    out.mfcc[k] = dot(logs.data(), t.cosines[k].data(), melCount);
+  for (size_t k = 0; k < out.mfcc.size(); k++) out.mfcc[k] = dot(logs.data(), t.cosines[k].data(), melCount);
 }
 
 void Spectra::summarize() {

@@ -30,7 +30,8 @@ std::vector<Peak> peaksOf(const double* power, int first, int last, double least
   std::vector<Peak> peaks;
   for (int b = first; b <= last; b++) {
     const double p = power[b];
-    if (!(p >= least) || p < power[b - 1] || p < power[b + 1] || p < power[b - 2] || p < power[b + 2]) continue;
+    if (!(p >= least) || p < power[b - 1] || p < power[b + 1] || p < power[b - 2] || p < power[b + 2])
+      continue;
     const double l = math::log(power[b - 1] + 1e-30), c = math::log(p + 1e-30),
                  r = math::log(power[b + 1] + 1e-30);
     const double bend = l - 2 * c + r, offset = bend < 0 ? 0.5 * (l - r) / bend : 0;
@@ -43,7 +44,8 @@ std::vector<Peak> peaksOf(const double* power, int first, int last, double least
 // cannot tell.
 double deviationOf(std::vector<Peak> peaks, double largest) {
   constexpr size_t most = 24;
-  std::stable_sort(peaks.begin(), peaks.end(), [](const Peak& a, const Peak& b) { return a.power > b.power; });
+  std::stable_sort(peaks.begin(), peaks.end(),
+                   [](const Peak& a, const Peak& b) { return a.power > b.power; });
   if (peaks.size() > most) peaks.resize(most);
   double guess = 0;
   for (const Peak& p : peaks)
@@ -81,7 +83,8 @@ void Tonal::measure(int from, int to) {
     const long start = long(index) * hop - size / 2;
     bool sounds = false;
     for (long i = std::max(0L, -start); i < std::min(long(size), length - start); i++) {
-      const double x = 0.5 * (double(audio_.left[size_t(start + i)]) + double(audio_.right[size_t(start + i)]));
+      const double x =
+          0.5 * (double(audio_.left[size_t(start + i)]) + double(audio_.right[size_t(start + i)]));
       sounds = sounds || x != 0;
       into[size_t(i)] = x * window()[size_t(i)];
     }
@@ -146,7 +149,8 @@ void Tonal::summarize() {
 }
 
 Key keyOf(const std::array<double, 12>& chroma) {
-  static constexpr double major[12] = {6.35, 2.23, 3.48, 2.33, 4.38, 4.09, 2.52, 5.19, 2.39, 3.66, 2.29, 2.88};
+  static constexpr double major[12] = {6.35, 2.23, 3.48, 2.33, 4.38, 4.09,
+                                       2.52, 5.19, 2.39, 3.66, 2.29, 2.88};
   static constexpr double minor[12] = {6.33, 2.68, 3.52, 5.38, 2.6, 3.53, 2.54, 4.75, 3.98, 2.69, 3.34, 3.17};
   auto correlation = [&](const double* profile, int tonic) {
     double meanA = sum(chroma.data(), 12) / 12, meanB = sum(profile, 12) / 12;

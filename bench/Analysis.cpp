@@ -14,7 +14,8 @@ const analysis::Audio& music() {
     analysis::Audio audio;
     for (std::uint32_t seed : {1u, 2u}) {
       test::Signal x = test::silence(30);
-      for (int i = 0; i < 60; i++) test::addAt(x, i * 0.5, test::shaped(test::noise(0.4, 0.4, seed + 7 * std::uint32_t(i)), 0.3));
+      for (int i = 0; i < 60; i++)
+        test::addAt(x, i * 0.5, test::shaped(test::noise(0.4, 0.4, seed + 7 * std::uint32_t(i)), 0.3));
       for (int note : {48, 55, 60, 64})
         test::addAt(x, 0, test::sine(440 * std::exp2((note - 69 + 0.01 * seed) / 12.0), 0.1, 30));
       x.resize(test::samplesOf(30));

@@ -62,7 +62,8 @@ void fitBarOne(const Features& f, const std::vector<PreciseOnset>& onsets, doubl
   const int highest = best;
   // Of phases that are as likely the one where the music begins wins.
   for (int k = 0; k < phases; k++)
-    if (k != highest && scores[size_t(k)] >= 0.92 * scores[size_t(best)] && away(k) + step / 2 < away(best)) best = k;
+    if (k != highest && scores[size_t(k)] >= 0.92 * scores[size_t(best)] && away(k) + step / 2 < away(best))
+      best = k;
 
   std::sort(scores.begin(), scores.end(), std::greater<>());
   if (scores[0] > 0) grid.bar1Confidence = std::clamp((scores[0] - scores[1]) / scores[0], 0.0, 1.0);

@@ -13,8 +13,8 @@ struct Candidate {
   double bpm, locking, fit, score = 0;
 };
 
-// The tempo of lo..hi at which the onsets lock to sixteenths best, and how well. Their phases turn evenly with
-// the tempo, so each is a rotation from one step to the next.
+// The tempo of lo..hi at which the onsets lock to sixteenths best, and how well. Their phases turn evenly
+// with the tempo, so each is a rotation from one step to the next.
 class Scan {
  public:
   Scan(const std::vector<PreciseOnset>& onsets, double lo) {
@@ -125,7 +125,8 @@ void fitTempo(const std::vector<PreciseOnset>& onsets, double heard, double know
     if (std::getenv("SYNTH_DEBUG_GRID"))
       std::fprintf(stderr, "candidate %.2f R %.3f fit %.3f\n", c.bpm, c.locking, c.fit);
   }
-  std::stable_sort(list.begin(), list.end(), [](const Candidate& a, const Candidate& b) { return a.score > b.score; });
+  std::stable_sort(list.begin(), list.end(),
+                   [](const Candidate& a, const Candidate& b) { return a.score > b.score; });
   grid.bpm = truncated(list[0].bpm, 100);
   auto relative = [&](const Candidate& c) {
     return list[0].score > 0 ? std::max(c.score / list[0].score, 0.0) : 0.0;
@@ -133,7 +134,8 @@ void fitTempo(const std::vector<PreciseOnset>& onsets, double heard, double know
   for (size_t i = 1; i < std::min<size_t>(list.size(), 4); i++)
     grid.alternatives.push_back({truncated(list[i].bpm, 100), relative(list[i])});
   grid.tempoConfidence =
-      list.size() == 1 ? 1 : std::clamp(1 - (list[0].score > 0 ? list[1].score / list[0].score : 1), 0.0, 1.0);
+      list.size() == 1 ? 1
+                       : std::clamp(1 - (list[0].score > 0 ? list[1].score / list[0].score : 1), 0.0, 1.0);
 }
 
 }  // namespace synth::analysis

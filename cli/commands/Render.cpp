@@ -1,69 +1,29 @@
-#include <unistd.h>
 #include <algorithm>
-#include <atomic>
 #include <cmath>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <mutex>
-#include <thread>
 
+#include "base/Parallel.h"
 #include "base/Text.h"
 #include "cli/Args.h"
 #include "cli/Error.h"
 #include "cli/LoadAny.h"
+#include "cli/ProgressLine.h"
+#include "cli/SongSpan.h"
 #include "cli/commands/Commands.h"
 #include "cli/commands/Summary.h"
 #include "cli/write/WritePath.h"
 #include "core/Names.h"
 #include "core/model/Clips.h"
-#include "core/model/Markers.h"
+#include "core/sounds/Solo.h"
 #include "engine/SongRender.h"
 
 namespace synth::cli::commands {
 namespace {
 
 namespace fs = std::filesystem;
-
-struct Span {
-  u32 from = 0, to = 0;
-  bool whole = true;
-};
-
-Span rangeOption(const std::string& text) {
-  const size_t colon = text.find(':');
-  int from = 0, to = 0;
-  if (colon == text.npos || !wholeNumber(text.substr(0, colon), from) ||
-      !wholeNumber(text.substr(colon + 1), to) || from < 0 || to <= from || to > int(limits::songSteps))
-    throw usage("--range is FROM:TO in Song steps, e.g. 0:64; got " + text);
-  return {u32(from), u32(to), false};
-}
-
-Span sectionOption(const Project& p, const std::string& name) {
-  int row = markerNamed(p, name);
-  std::vector<std::string> names;
-  for (int i = 0; i < p.markerCount; i++) {
-    names.emplace_back(nameText(p.markers[i].name));
-    if (row < 0 && text::sameIgnoringCase(names.back(), name)) row = i;
-  }
-  Span span{0, 0, false};
-  if (row < 0)
-    throw CliError("unknown_section", "No Marker named " + name,
-                   names.empty() ? "The project has no Markers" : "Markers: " + text::joined(names, ", "));
-  if (!sectionAt(p, p.markers[row].step, span.from, span.to))
-    throw CliError("unknown_section", "The Section of Marker " + name + " is empty",
-                   "It begins at the Song's end");
-  return span;
-}
-
-Span spanOf(const Args& args, const Project& p) {
-  if (args.has("range") && args.has("section")) throw usage("Choose one of --range and --section");
-  if (args.has("range")) return rangeOption(args.at("range"));
-  if (args.has("section")) return sectionOption(p, args.at("section"));
-  return {0, songEnd(p), true};
-}
 
 AudioFormat formatOf(const Args& args, const std::string& path) {
   std::string wanted;
@@ -90,35 +50,6 @@ std::string defaultOut(const std::string& input, const Args& args) {
   return path.string();
 }
 
-// Shows the share that is done of all renders on standard error, when someone watches it.
-class ProgressLine {
- public:
-  ProgressLine(std::string what, size_t renders)
-      : what_(std::move(what)), watched_(::isatty(STDERR_FILENO) != 0), shares_(renders) {}
-  ~ProgressLine() {
-    if (last_ >= 0) std::fprintf(stderr, "\r\033[K");
-  }
-  void show(size_t render, double share) {
-    if (!watched_) return;
-    const std::lock_guard lock(mutex_);
-    shares_[render] = share;
-    double sum = 0;
-    for (double s : shares_) sum += s;
-    const int percent = int(100 * sum / double(shares_.size()));
-    if (percent == last_) return;
-    last_ = percent;
-    std::fprintf(stderr, "\rRendering %s %3d %%", what_.c_str(), percent);
-    std::fflush(stderr);
-  }
-
- private:
-  std::string what_;
-  bool watched_;
-  std::mutex mutex_;
-  std::vector<double> shares_;
-  int last_ = -1;
-};
-
 // Passes a render on and notes its peak.
 class MeteredSink : public AudioSink {
  public:
@@ -142,7 +73,7 @@ class MeteredSink : public AudioSink {
 };
 
 struct Job {
-  Span span;
+  SongSpan span;
   int loops;
   double tail;
   AudioFormat format;
@@ -204,37 +135,8 @@ std::vector<Stem> stemsOf(const Project& p, const std::string& folder, AudioForm
 
 ProjectPtr soloOf(const Project& p, int track) {
   auto solo = copyOf(p);
-  for (int t = 0; t < limits::tracks; t++) {
-    solo->tracks[t].solo = t == track;
-    if (t == track) solo->tracks[t].mute = 0;
-  }
+  soloTrack(*solo, track);
   return solo;
-}
-
-// Runs every task, as many at a time as there are processors, and throws what the first one to fail threw.
-void runAll(const std::vector<std::function<void()>>& tasks) {
-  std::atomic<size_t> next{0};
-  std::mutex mutex;
-  std::exception_ptr fault;
-  auto work = [&] {
-    for (size_t i = next++; i < tasks.size(); i = next++) {
-      try {
-        tasks[i]();
-      } catch (...) {
-        const std::lock_guard lock(mutex);
-        if (!fault) fault = std::current_exception();
-        next = tasks.size();
-      }
-    }
-  };
-  constexpr size_t most = 8;  // temporary files that a signal still cleans up
-  const size_t count =
-      std::min({tasks.size(), size_t(std::max(1u, std::thread::hardware_concurrency())), most});
-  std::vector<std::thread> helpers;
-  for (size_t i = 1; i < count; i++) helpers.emplace_back(work);
-  work();
-  for (std::thread& t : helpers) t.join();
-  if (fault) std::rethrow_exception(fault);
 }
 
 void makeFolder(const std::string& folder) {
@@ -275,7 +177,7 @@ Json renderProject(const Args& args) {
   auto project = loadAny(input);
   const bool force = args.has("force"), onlyStems = args.has("stems") && !args.has("out");
   const std::string out = args.has("out") ? args.at("out") : defaultOut(input, args);
-  Job job{spanOf(args, *project), intOption(args, "loops", 1, 1, 64),
+  Job job{songSpan(args, *project), intOption(args, "loops", 1, 1, 64),
           numberOption(args, "tail", 2, 0, longestTail), formatOf(args, out)};
   std::vector<Stem> stems;
   if (args.has("stems")) stems = stemsOf(*project, args.at("stems"), job.format);
@@ -287,7 +189,8 @@ Json renderProject(const Args& args) {
 
   // The mix and the stems are renders of their own, side by side.
   std::vector<std::function<void()>> tasks;
-  ProgressLine progress(onlyStems ? args.at("stems") : out, stems.size() + (onlyStems ? 0 : 1));
+  ProgressLine progress("Rendering " + (onlyStems ? args.at("stems") : out),
+                        stems.size() + (onlyStems ? 0 : 1));
   Rendered mix;
   auto addTask = [&](const Project& p, const std::string& path, Rendered* into) {
     tasks.push_back([&, path, into, n = tasks.size()] {
@@ -299,7 +202,8 @@ Json renderProject(const Args& args) {
   std::vector<ProjectPtr> solos;
   for (const Stem& stem : stems) solos.push_back(soloOf(*project, stem.track));
   for (size_t i = 0; i < stems.size(); i++) addTask(*solos[i], stems[i].path, nullptr);
-  runAll(tasks);
+  constexpr size_t most = 8;  // temporary files that a signal still cleans up
+  runAll(tasks, most);
 
   Json result = Json::object();
   if (!onlyStems) result.add("wrote", out);
@@ -330,9 +234,8 @@ Command render() {
        option(
            "out", "path.wav",
            "audio file; .wav .aiff .flac .mp3 .m4a choose the format (default: the input's name with .wav)"),
-       option("range", "FROM:TO", "in Song steps, looped instead of the whole Song"),
-       option("section", "name", "a Marker's name: its Section looped instead of the whole Song"),
-       option("stems", "dir", "directory for one WAV per track"), option("loops", "int", "passes, 1..64 (1)"),
+       rangeOption(), sectionOption(), option("stems", "dir", "directory for one WAV per track"),
+       option("loops", "int", "passes, 1..64 (1)"),
        option("tail", "seconds", "after the end, for the effects to ring out, 0..12 (2)"),
        option("format", "wav|aiff|flac|mp3|aac", "instead of the file's extension"),
        flag("force", "replace existing files")},

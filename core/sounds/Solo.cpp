@@ -27,7 +27,8 @@ void silenceSends(Project& project) {
     const param::Info& info = *param::find(key);
     info.set(0, project);
     for (int t = 0; t < limits::tracks; t++)
-      for (int slot = 0; slot < project.tracks[t].macroCount; slot++) macros::unmap(project, t, slot, info, -1);
+      for (int slot = 0; slot < project.tracks[t].macroCount; slot++)
+        macros::unmap(project, t, slot, info, -1);
     for (int row = laneRow(busOwner(0), 0); row < limits::firstMasterLane; row++)
       if (project.lanes[row].target == automation::targetOf(info) + 1) project.lanes[row].enabled = 0;
   }

@@ -51,7 +51,8 @@ TEST(Grid, TemposOfManyStyles) {
       straight++;
       right += hit;
       if (!hit)
-        missed += std::string(style.name) + " " + std::to_string(bpm) + " as " + std::to_string(grid.bpm) + "\n";
+        missed +=
+            std::string(style.name) + " " + std::to_string(bpm) + " as " + std::to_string(grid.bpm) + "\n";
     }
   EXPECT_GE(right, 0.9 * straight) << missed;
   EXPECT_GE(octave, 0.98 * loops) << missed;
@@ -71,8 +72,8 @@ TEST(Grid, BarOneOfBackbeats) {
         const bool hit = tempoNear(grid.bpm, bpm) && barOff(grid, before) < 0.03;
         right += hit;
         if (!hit)
-          missed += std::string(style.name) + " " + std::to_string(bpm) + " after " + std::to_string(before) + ": " +
-                    std::to_string(grid.bpm) + " at " + std::to_string(grid.downbeatS) + "\n";
+          missed += std::string(style.name) + " " + std::to_string(bpm) + " after " + std::to_string(before) +
+                    ": " + std::to_string(grid.bpm) + " at " + std::to_string(grid.downbeatS) + "\n";
       }
   }
   EXPECT_GE(right, 0.9 * loops) << missed;

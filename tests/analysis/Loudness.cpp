@@ -1,4 +1,5 @@
-// Against the published test signals of EBU Tech 3341 and 3342 that can be made of tones, as their tables say.
+// Against the published test signals of EBU Tech 3341 and 3342 that can be made of tones, as their tables
+// say.
 #include "analysis/Loudness.h"
 
 #include <gtest/gtest.h>

@@ -59,7 +59,9 @@ TEST(Math, FindsAngles) {
   for (int i = -180; i <= 180; i++) {
     const double angle = i * math::pi / 180;
     for (double r : {1e-9, 1.0, 3e7})
-      EXPECT_NEAR(math::atan2(r * std::sin(angle), r * std::cos(angle)), std::atan2(r * std::sin(angle), r * std::cos(angle)), 2e-15) << i;
+      EXPECT_NEAR(math::atan2(r * std::sin(angle), r * std::cos(angle)),
+                  std::atan2(r * std::sin(angle), r * std::cos(angle)), 2e-15)
+          << i;
   }
   EXPECT_EQ(math::atan2(0, 0), 0);
   EXPECT_EQ(math::atan2(0, -1), math::pi);

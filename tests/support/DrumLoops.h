@@ -12,24 +12,31 @@ struct LoopStyle {
   // Sixteen Steps a bar, one or two bars: 'x' a hit, 'o' a soft one.
   const char *kick, *snare, *hat;
   double slowest, fastest;  // the tempi it is usually played at
-  // What repeats first is the beat, or half or twice of it: then the octave is right and the others tell the beat.
+  // What repeats first is the beat, or half or twice of it: then the octave is right and the others tell the
+  // beat.
   enum Feel { Straight, HalfOrDouble } feel = Straight;
   double swing = 0.5;     // where the odd sixteenths lie within an eighth
   bool backbeat = false;  // kick on 1, snare on 2 and 4, and little besides
 };
 
 inline constexpr LoopStyle loopStyles[] = {
-    {"rock", "x.......x.......", "....x.......x...", "x.x.x.x.x.x.x.x.", 90, 150, LoopStyle::Straight, 0.5, true},
+    {"rock", "x.......x.......", "....x.......x...", "x.x.x.x.x.x.x.x.", 90, 150, LoopStyle::Straight, 0.5,
+     true},
     {"house", "x...x...x...x...", "....x.......x...", "..x...x...x...x.", 116, 132},
-    {"hiphop", "x.....x..xx.....", "....x.......x...", "x.x.x.x.x.x.x.x.", 84, 104, LoopStyle::Straight, 0.58, true},
-    {"shuffle", "x.......x.x.....", "....x.......x...", "x..xx..xx..xx..x", 80, 130, LoopStyle::Straight, 0.62, true},
-    {"ballad", "x.......x.......", "....x.......x...", "x...x...x...x...", 60, 84, LoopStyle::Straight, 0.5, true},
+    {"hiphop", "x.....x..xx.....", "....x.......x...", "x.x.x.x.x.x.x.x.", 84, 104, LoopStyle::Straight, 0.58,
+     true},
+    {"shuffle", "x.......x.x.....", "....x.......x...", "x..xx..xx..xx..x", 80, 130, LoopStyle::Straight,
+     0.62, true},
+    {"ballad", "x.......x.......", "....x.......x...", "x...x...x...x...", 60, 84, LoopStyle::Straight, 0.5,
+     true},
     {"techno", "x...x...x...x...", "............x...", "xxxxxxxxxxxxxxxx", 122, 150},
     {"disco", "x...x...x...x...", "....x.......x...", "x.xxx.xxx.xxx.xx", 108, 130},
-    {"pop", "x..x..x.x..x....", "....x.......x...", "x.x.x.x.x.x.x.x.", 92, 128, LoopStyle::Straight, 0.5, true},
+    {"pop", "x..x..x.x..x....", "....x.......x...", "x.x.x.x.x.x.x.x.", 92, 128, LoopStyle::Straight, 0.5,
+     true},
     {"trap", "x.....x.......x.", "........x.......", "x.x.x.x.x.xxx.x.", 130, 150},
     {"reggae", "........x.......", "........x.......", "x.x.x.x.x.x.x.x.", 68, 84, LoopStyle::HalfOrDouble},
-    {"drum and bass", "x.........x.....", "....x.......x...", "x.x.x.x.x.x.x.x.", 168, 180, LoopStyle::HalfOrDouble},
+    {"drum and bass", "x.........x.....", "....x.......x...", "x.x.x.x.x.x.x.x.", 168, 180,
+     LoopStyle::HalfOrDouble},
     {"punk", "x...x...x...x...", "....x.......x...", "x.x.x.x.x.x.x.x.", 160, 200, LoopStyle::HalfOrDouble},
 };
 
