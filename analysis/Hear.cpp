@@ -40,11 +40,21 @@ class TemporaryFolder {
   std::string path_;
 };
 
-int passesFor(const Project& project, const Part& part, double seconds) {
-  const double frames =
-      spanFrames(project, part.whole ? 0 : part.from, part.whole ? songEnd(project) : part.to);
-  if (!(frames > 0)) return 1;
-  return int(std::clamp(std::ceil(seconds * renderRate / frames - 1e-6), 1.0, 64.0));
+struct Passes {
+  int count = 1;
+  double tailSeconds = 0;
+};
+
+// As many as cover the seconds. What an export would have let ring out after the last of them rings out here
+// too, and is no reason to begin another.
+Passes passesFor(const Project& project, const Part& part, double seconds) {
+  constexpr double usualTail = 2.05;
+  const double pass =
+      spanFrames(project, part.whole ? 0 : part.from, part.whole ? songEnd(project) : part.to) / renderRate;
+  if (!(pass > 0)) return {};
+  const double ringing = std::min(usualTail, pass / 4);
+  const int count = int(std::clamp(std::ceil((seconds - ringing) / pass), 1.0, 64.0));
+  return {count, std::clamp(seconds - count * pass, 0.0, ringing)};
 }
 
 }  // namespace
@@ -58,11 +68,12 @@ Audio hear(const Project& project, const Part& part, double atLeast, const Progr
 
   const TemporaryFolder folder;
   const std::string path = folder.path() + "/render.wav";
-  const int passes = passesFor(project, part, atLeast);
+  const Passes passes = passesFor(project, part, atLeast);
   std::string error;
   auto sink = makeFileSink(AudioFormat::Wav, path);
-  const bool ok = part.whole ? renderSong(*copy, passes, *sink, error, 0, progress)
-                             : renderSpan(*copy, part.from, part.to, passes, *sink, error, 0, progress);
+  const bool ok = part.whole ? renderSong(*copy, passes.count, *sink, error, passes.tailSeconds, progress)
+                             : renderSpan(*copy, part.from, part.to, passes.count, *sink, error,
+                                          passes.tailSeconds, progress);
   if (!ok) throw std::runtime_error(error);
   return readAudio(path);
 }

@@ -1,7 +1,10 @@
 #include "base/Text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdarg>
+#include <cstdio>
 
 namespace synth::text {
 namespace {
@@ -80,6 +83,17 @@ bool fromHex(std::string_view digits, unsigned char* bytes, std::size_t count) {
   for (std::size_t i = 0; i < count; i++)
     bytes[i] = static_cast<unsigned char>(value(digits[2 * i]) * 16 + value(digits[2 * i + 1]));
   return true;
+}
+
+std::string print(const char* format, ...) {
+  va_list arguments, again;
+  va_start(arguments, format);
+  va_copy(again, arguments);
+  std::string out(size_t(std::max(std::vsnprintf(nullptr, 0, format, arguments), 0)), '\0');
+  std::vsnprintf(out.data(), out.size() + 1, format, again);
+  va_end(again);
+  va_end(arguments);
+  return out;
 }
 
 }  // namespace synth::text

@@ -17,6 +17,9 @@ std::string joined(std::span<const std::string> parts, std::string_view separato
 // "%.*g" at the lowest of 1..17 digits that reads back to the same number: the same double, or with
 // `asFloat32` the same 32-bit float. Negative zero is "-0"; whole numbers below 1e15 print as integers.
 std::string number(double value, bool asFloat32);
+// As printf would write it.
+[[gnu::format(printf, 1, 2)]] std::string print(const char* format, ...);
+
 // Exactly two hexadecimal digits for each of the bytes; false for anything else.
 bool fromHex(std::string_view digits, unsigned char* bytes, std::size_t count);
 

@@ -36,6 +36,13 @@ inline ArgSpec flag(std::string name, std::string help) {
   return {ArgSpec::Flag, std::move(name), "", false, std::move(help), false};
 }
 
+// The arguments of a row, from single ones and groups that several rows share.
+inline std::vector<ArgSpec> arguments(std::initializer_list<std::vector<ArgSpec>> groups) {
+  std::vector<ArgSpec> all;
+  for (const auto& group : groups) all.insert(all.end(), group.begin(), group.end());
+  return all;
+}
+
 struct Args {
   std::vector<std::string> positionals;
   std::map<std::string, std::string> options;  // the last value

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <fstream>
 
 #include "base/ReadFile.h"
 #include "cli/Error.h"
@@ -75,6 +76,15 @@ void refuseApp(const std::string& path) {
 }
 
 }  // namespace
+
+bool isProject(const std::string& path) {
+  if (path == appPath || isSpecPath(path) || path.ends_with(".quorel")) return true;
+  std::ifstream file(path, std::ios::binary);
+  char head[4096];
+  file.read(head, sizeof head);
+  const std::string_view begin(head, size_t(file.gcount()));
+  return begin.starts_with("SYNTHPRJ") || startsLikeJson(begin);
+}
 
 ProjectPtr loadProjectFile(const std::string& path) {
   refuseApp(path);

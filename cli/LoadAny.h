@@ -12,6 +12,10 @@ using json::Json;
 
 inline constexpr const char* appPath = "@app";
 
+// Whether a path stands for a project or spec, by its name or by what the file begins with; other files are
+// audio to whoever takes both.
+bool isProject(const std::string& path);
+
 // Each throws CliError with the code and hint that the failure calls for.
 ProjectPtr loadAny(const std::string& path);
 ProjectPtr loadProjectFile(const std::string& path);

@@ -52,4 +52,12 @@ SongSpan songSpan(const Args& args, const Project& p) {
   return {0, songEnd(p), true};
 }
 
+void requireSound(const Project& p, const SongSpan& span) {
+  if (songEnd(p) == 0)
+    throw CliError("render_failed", "Render failed: Nothing to export: the Song has no Clips");
+  if (span.from >= songEnd(p))
+    throw CliError("out_of_range",
+                   "The range begins past the Song's end, at Step " + std::to_string(songEnd(p)));
+}
+
 }  // namespace synth::cli

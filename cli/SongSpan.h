@@ -15,5 +15,7 @@ ArgSpec rangeOption();
 ArgSpec sectionOption();
 // Throws for both at once, for what is no range, and for no or an empty Section.
 SongSpan songSpan(const Args& args, const Project& project);
+// Throws where nothing would sound: a Song without Clips, or a span behind its end.
+void requireSound(const Project& project, const SongSpan& span);
 
 }  // namespace synth::cli

@@ -12,7 +12,8 @@ const std::vector<Command>& registerCommands() {
       commands::projectSet(),     commands::projectValidate(), commands::macroList(),
       commands::macroAdd(),       commands::macroRename(),     commands::macroRemove(),
       commands::macroMap(),       commands::macroUnmap(),      commands::macroSet(),
-      commands::render(),
+      commands::analyze(),        commands::gridFit(),         commands::spectrogram(),
+      commands::compare(),        commands::render(),
   };
   return table;
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <stdexcept>
 #include <thread>
 
@@ -10,6 +9,7 @@
 #include "analysis/picture/ColourMap.h"
 #include "analysis/picture/PixelFont.h"
 #include "base/Png.h"
+#include "base/Text.h"
 #include "core/params/Options.h"
 
 namespace synth::analysis {
@@ -28,12 +28,6 @@ constexpr Colour page{0x0E, 0x11, 0x1A}, ink{0xE6, 0xE9, 0xF2}, faintInk{0x8A, 0
 
 double opacityOf(TickWeight weight) {
   return weight == TickWeight::Bar ? 0.34 : weight == TickWeight::Beat ? 0.18 : 0.09;
-}
-
-std::string formatted(const char* format, auto... values) {
-  char text[256];
-  std::snprintf(text, sizeof text, format, values...);
-  return text;
 }
 
 // A line that lets the picture shine through: light over dark cells, dark over light ones.
@@ -115,8 +109,8 @@ void drawTimes(Picture& picture, const std::vector<Tick>& ticks) {
 // The colours and the levels at their ends, at the right of the header where it leaves room.
 void drawScale(Picture& picture, double dbRange, int headerEnd) {
   constexpr int length = 72, y = 4;
-  const std::string low = formatted("%.0f", picture.loudestDb - dbRange);
-  const std::string high = formatted("%.0f DB", picture.loudestDb);
+  const std::string low = text::print("%.0f", picture.loudestDb - dbRange);
+  const std::string high = text::print("%.0f DB", picture.loudestDb);
   const int highX = picture.canvas.width() - rightMargin - font::textWidth(high);
   const int barX = highX - 5 - length, lowX = barX - 5 - font::textWidth(low);
   if (lowX < headerEnd + 18) return;
@@ -130,8 +124,8 @@ void drawFrame(Picture& picture, const PictureSettings& settings, std::span<cons
   const Axes& axes = picture.axes;
   const bool bars = settings.bars && settings.bars->bpm > 0;
   const std::string header =
-      formatted("%.2f-%.2f S  %.0f-%.0f HZ  %.0f DB%s", axes.fromS, axes.toS, axes.fminHz, axes.fmaxHz,
-                settings.dbRange, bars ? "  BAR NUMBERS ON TOP" : "  SECONDS ON TOP");
+      text::print("%.2f-%.2f S  %.0f-%.0f HZ  %.0f DB%s", axes.fromS, axes.toS, axes.fminHz, axes.fmaxHz,
+                  settings.dbRange, bars ? "  BAR NUMBERS ON TOP" : "  SECONDS ON TOP");
   picture.canvas.text(leftMargin, 4, header, ink);
   drawScale(picture, settings.dbRange, leftMargin + font::textWidth(header));
   for (const Rect& plot : picture.plots) drawNotes(picture, plot);

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 #include "analysis/picture/PixelFont.h"
+#include "base/Text.h"
 
 namespace synth::analysis {
 namespace {
@@ -17,11 +17,7 @@ double labelPixels(const std::string& label) { return font::textWidth(label) + l
 
 long floored(long a, long b) { return a / b - (a % b < 0); }
 
-std::string decimal(double value, int decimals) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%.*f", decimals, value);
-  return text;
-}
+std::string decimal(double value, int decimals) { return text::print("%.*f", decimals, value); }
 
 }  // namespace
 

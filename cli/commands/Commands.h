@@ -26,6 +26,10 @@ Command macroRemove();
 Command macroMap();
 Command macroUnmap();
 Command macroSet();
+Command analyze();
+Command gridFit();
+Command spectrogram();
+Command compare();
 Command render();
 
 }  // namespace synth::cli::commands

@@ -145,18 +145,12 @@ void makeFolder(const std::string& folder) {
   if (failed) throw CliError("write_failed", "Cannot create " + folder + ": " + failed.message());
 }
 
-// What can be known to fail is refused before anything is written.
-void requireSound(const Project& p, const Job& job) {
-  if (const char* missing = missingFor(job.format))
+void requireEncoder(AudioFormat format) {
+  if (const char* missing = missingFor(format))
     throw CliError("render_failed",
-                   std::string("Render failed: This system cannot encode ") +
-                       audioFormatInfo(job.format).label + ": " + missing + " is not installed",
+                   std::string("Render failed: This system cannot encode ") + audioFormatInfo(format).label +
+                       ": " + missing + " is not installed",
                    "Install it, or write a .wav file");
-  if (songEnd(p) == 0)
-    throw CliError("render_failed", "Render failed: Nothing to export: the Song has no Clips");
-  if (job.span.from >= songEnd(p))
-    throw CliError("out_of_range",
-                   "The range begins past the Song's end, at Step " + std::to_string(songEnd(p)));
 }
 
 // The project itself is never written over, nor the mix by one of its stems, not even with --force.
@@ -181,7 +175,9 @@ Json renderProject(const Args& args) {
           numberOption(args, "tail", 2, 0, longestTail), formatOf(args, out)};
   std::vector<Stem> stems;
   if (args.has("stems")) stems = stemsOf(*project, args.at("stems"), job.format);
-  requireSound(*project, job);
+  // What can be known to fail is refused before anything is written.
+  requireEncoder(job.format);
+  requireSound(*project, job.span);
   refuseCollisions(input, onlyStems ? nullptr : &out, stems);
   if (!onlyStems) refuseExisting(out, force);
   for (const Stem& stem : stems) refuseExisting(stem.path, force);
