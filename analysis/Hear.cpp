@@ -52,7 +52,7 @@ Passes passesFor(const Project& project, const Part& part, double seconds) {
   const double pass =
       spanFrames(project, part.whole ? 0 : part.from, part.whole ? songEnd(project) : part.to) / renderRate;
   if (!(pass > 0)) return {};
-  const double ringing = std::min(usualTail, pass / 4);
+  const double ringing = std::min(usualTail, 0.6 * pass);
   const int count = int(std::clamp(std::ceil((seconds - ringing) / pass), 1.0, 64.0));
   return {count, std::clamp(seconds - count * pass, 0.0, ringing)};
 }

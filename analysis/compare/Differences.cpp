@@ -99,6 +99,12 @@ void compareTempi(const Features& reference, const Features& render, double bpm,
   d.renderTempoBpm = bpm > 0 ? bpm : render.tempoBpm;
   d.referenceTempoBpm = reference.tempoBpm;
   if (!(d.renderTempoBpm > 0) || !(reference.tempoBpm > 0)) return;
+  // Where both sound equally fast the estimate is off for both, not the render's tempo.
+  constexpr double same = 0.005;
+  if (bpm > 0 && std::fabs(render.tempoBpm / reference.tempoBpm - 1) < same) {
+    d.referenceTempoBpm = bpm;
+    return;
+  }
   bool first = true;
   for (double ratio : {1.0, 2.0, 0.5, 1.5, 2.0 / 3}) {
     const double candidate = reference.tempoBpm * ratio;

@@ -159,7 +159,7 @@ Command spectrogram() {
       true,
       {"quorel spectrogram ref.wav --out ref.png --from 1 --bars 4",
        "quorel spectrogram ref.wav --vs song.quorel --out both.png"},
-          drawInput};
+      drawInput};
 }
 
 }  // namespace synth::cli::commands
