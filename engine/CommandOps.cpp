@@ -75,6 +75,7 @@ void touch(EngineCore& core, int t, int target, bool on, float value) {
     return;
   }
   core.prepared[t].dirty = true;
+  core.macros[t].version++;  // a touch stands above a Note's Lock even where both have the same value
   if (automation::isMacroTarget(target)) {
     const int m = target - automation::firstMacroTarget;
     const Track& track = core.track(t);

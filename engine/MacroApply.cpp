@@ -46,17 +46,21 @@ void readMacros(const EngineCore& core, int t, const Plan& plan, TrackMacros& no
   lockMacros(core, t, now);
 }
 
-// What a target plays before any Macro. The Engine's four have no Track Locks.
-float baseOf(const EngineCore& core, int t, const Plan::Entry& entry) {
+// What a target plays before any Macro, for the Track or for voices that do not lock it themselves. The
+// Engine's four have no Track Locks.
+enum class For { Track, Voices };
+float baseOf(const EngineCore& core, int t, const Plan::Entry& entry, For reader) {
   const Track& track = core.storedTrack(t);
   if (entry.target < 0) return entry.info->get(track, entry.pad);
   const Overrides& o = core.overrides;
   if (hasValue(o.touch[t][entry.target])) return o.touch[t][entry.target];
-  if (entry.target > ENGINE_4 && hasValue(o.lock[t][entry.target])) return o.lock[t][entry.target];
+  const bool locks =
+      entry.target > ENGINE_4 && (reader == For::Track || !(perVoiceTargets & bit(entry.target)));
+  if (locks && hasValue(o.lock[t][entry.target])) return o.lock[t][entry.target];
   for (int k = 0; k < core.lanes.trackCount[t]; k++) {
-    const LaneReader& reader = core.lanes.track[t][k];
-    if (reader.target != entry.target) continue;
-    const float lane = reader.moving ? reader.block[0] : reader.value;
+    const LaneReader& lanes = core.lanes.track[t][k];
+    if (lanes.target != entry.target) continue;
+    const float lane = lanes.moving ? lanes.block[0] : lanes.value;
     if (hasValue(lane)) return lane;
   }
   return entry.info->get(track, entry.pad);
@@ -80,15 +84,18 @@ void leave(EngineCore& core, int t) {
 // Moves one entry; true when it plays something new.
 bool moveEntry(EngineCore& core, int t, const Plan::Entry& entry, TrackMacros::Seen& seen, float current,
                float open) {
-  const float base = baseOf(core, t, entry);
-  if (seen.known && seen.base == base && seen.current == current && seen.open == open) return false;
-  seen = {base, current, open, true};
+  const float base = baseOf(core, t, entry, For::Track), openBase = baseOf(core, t, entry, For::Voices);
+  if (seen.known && seen.base == base && seen.openBase == openBase && seen.current == current &&
+      seen.open == open)
+    return false;
+  seen = {base, openBase, current, open, true};
   TrackMacros& now = core.macros[t];
   const float value = perceptual::offset(*entry.info, base, double(current));
   entry.info->set(value, core.liveTracks[t], entry.pad);
   if (entry.target < 0) return true;
   core.overrides.macro[t][entry.target] = value;
-  now.unlocked[entry.target] = open == current ? value : perceptual::offset(*entry.info, base, double(open));
+  now.unlocked[entry.target] =
+      open == current && openBase == base ? value : perceptual::offset(*entry.info, openBase, double(open));
   now.mask |= bit(entry.target);
   core.overrides.macroMask[t] |= bit(entry.target);
   return true;
@@ -145,7 +152,8 @@ void applyVoiceMacros(EngineCore& core, Voice& v) {
     v.macroMask = 0;
     return;
   }
-  if (v.macroVersion == now.version && v.macroSerial == v.lockCounter) return;
+  // Changes under a target are counted only while the Track follows its Macros.
+  if (now.live && v.macroVersion == now.version && v.macroSerial == v.lockCounter) return;
   v.macroVersion = now.version;
   v.macroSerial = v.lockCounter;
   v.macroMask = 0;
@@ -156,8 +164,11 @@ void applyVoiceMacros(EngineCore& core, Voice& v) {
   for (int e = 0; e < plan.entryCount; e++) {
     const Plan::Entry& entry = plan.entries[e];
     if (entry.target < 0) continue;
-    const bool own = v.lockMask >> entry.target & 1 && !hasValue(core.overrides.touch[t][entry.target]);
-    const float base = own ? v.lockValues[entry.target] : baseOf(core, t, entry);
+    const bool moved = plan.targetMacros[entry.target] & v.macroLockMask;
+    const bool locked = v.lockMask & bit(entry.target);
+    if (!moved && !(locked && now.mask & bit(entry.target))) continue;
+    const bool own = locked && !hasValue(core.overrides.touch[t][entry.target]);
+    const float base = own ? v.lockValues[entry.target] : baseOf(core, t, entry, For::Voices);
     v.macroMask |= bit(entry.target);
     v.macroValues[entry.target] = perceptual::offset(*entry.info, base, double(sums[e]));
   }

@@ -18,11 +18,11 @@ struct TrackMacros {
   float unlocked[automation::trackTargets] = {};  // what voices without Macro Locks read there
   // For each entry of the plan: what it was computed from.
   struct Seen {
-    float base = 0, current = 0, open = 0;
+    float base = 0, openBase = 0, current = 0, open = 0;
     bool known = false;
   } seen[macros::Plan::most];
   bool live = false;  // the live copy of the Track is what counts
-  u32 version = 0;    // counts the changes
+  u32 version = 0;    // counts the changes of what a voice's own values are made of, while live
 };
 
 // Brings the Macros of a Track up to date: on the 32-sample grid and when a value under them has changed.

@@ -16,16 +16,13 @@ using namespace automation;
 
 constexpr u64 bit(int target) { return u64(1) << target; }
 
-// Targets of which a voice alone is moved: a Lock on one Note must not bend its neighbours.
-constexpr u64 perVoice = bit(LFO_DEPTH) | bit(LFO2_DEPTH) | bit(DECAY) | bit(PITCH_ENV) |
-                         bit(PITCH_ENV_TIME) | bit(ATTACK) | bit(RELEASE) | bit(NOISE_MIX);
 // Targets that act where the voices are summed, so that a Lock on them is the Track's.
-constexpr u64 afterVoices = bit(LEVEL) | bit(PAN) | bit(SEND_1) | bit(SEND_2) | bit(WIDTH) | bit(DRIVE) |
-                            bit(MOD_MIX) | bit(HIGHPASS) | bit(MOD_RATE) | bit(MOD_DEPTH) |
-                            bit(MOD_FEEDBACK) | bit(LOWPASS) | bit(CRUSH_BITS) | bit(CRUSH_RATE) |
-                            bit(EQ_LOW) | bit(EQ_MID) | bit(EQ_MID_FREQ) | bit(EQ_HIGH) | bit(MOD_TONE) |
-                            bit(TRIM) | bit(MONO_BELOW) | bit(DUCK_AMOUNT) | bit(DUCK_RELEASE) |
-                            bit(ROOM_SIZE) | bit(ROOM_DECAY) | bit(ROOM_DAMP) | bit(ROOM_MIX) | perVoice;
+constexpr u64 afterVoices =
+    bit(LEVEL) | bit(PAN) | bit(SEND_1) | bit(SEND_2) | bit(WIDTH) | bit(DRIVE) | bit(MOD_MIX) |
+    bit(HIGHPASS) | bit(MOD_RATE) | bit(MOD_DEPTH) | bit(MOD_FEEDBACK) | bit(LOWPASS) | bit(CRUSH_BITS) |
+    bit(CRUSH_RATE) | bit(EQ_LOW) | bit(EQ_MID) | bit(EQ_MID_FREQ) | bit(EQ_HIGH) | bit(MOD_TONE) |
+    bit(TRIM) | bit(MONO_BELOW) | bit(DUCK_AMOUNT) | bit(DUCK_RELEASE) | bit(ROOM_SIZE) | bit(ROOM_DECAY) |
+    bit(ROOM_DAMP) | bit(ROOM_MIX) | perVoiceTargets;
 
 // Targets that the Track chain reads sample by sample; all others are read at ticks, where segments begin.
 constexpr u64 perSample = bit(LEVEL) | bit(PAN) | bit(SEND_1) | bit(SEND_2) | bit(WIDTH) | bit(DRIVE) |
@@ -137,7 +134,7 @@ float above(const EngineCore& core, int t, int target) {
   const Overrides& o = core.overrides;
   if (o.macroMask[t] & bit(target)) return o.macro[t][target];
   if (hasValue(o.touch[t][target])) return o.touch[t][target];
-  if ((o.lockMask[t] & bit(target)) && !(perVoice & bit(target))) return o.lock[t][target];
+  if ((o.lockMask[t] & bit(target)) && !(perVoiceTargets & bit(target))) return o.lock[t][target];
   return noValue;
 }
 

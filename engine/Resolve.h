@@ -20,6 +20,16 @@ void clearLanes(EngineCore& core);
 
 // ---- Values.
 
+// Targets of which a voice alone is moved: a Lock on one Note must not bend its neighbours.
+inline constexpr u64 perVoiceTargets = [] {
+  u64 mask = 0;
+  for (int target :
+       {automation::LFO_DEPTH, automation::LFO2_DEPTH, automation::DECAY, automation::PITCH_ENV,
+        automation::PITCH_ENV_TIME, automation::ATTACK, automation::RELEASE, automation::NOISE_MIX})
+    mask |= u64(1) << target;
+  return mask;
+}();
+
 // A 0..1 of a Lane, Lock or touch in the target's own unit: ENGINE targets stay, PITCH is semitones.
 float targetValue(int target, float normalized);
 // Brings core.prepared up to date for the segment.

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "core/params/Targets.h"
-
 namespace synth::macros {
 namespace {
 
@@ -27,12 +25,13 @@ void buildPlan(const Project& p, int track, Plan& plan) {
   for (int m = 0; m < plan.macroCount; m++) {
     plan.value[m] = t.macros[m].value;
     plan.bipolar[m] = t.macros[m].polarity != 0;
-    for (int i = 0; i < t.macros[m].targetCount; i++) {
+    for (int i = 0; i < std::min<int>(t.macros[m].targetCount, limits::macroTargets); i++) {
       const MacroTarget& target = t.macros[m].targets[i];
       const param::Info* info = param::find(target.param);
       if (!info) continue;
       const int entry = entryFor(plan, *info, target.pad);
       plan.entries[entry].macros |= u16(1u << m);
+      if (const int at = plan.entries[entry].target; at >= 0) plan.targetMacros[at] |= u16(1u << m);
       plan.links[plan.linkCount++] = {u8(m), u8(entry), &target};
     }
   }

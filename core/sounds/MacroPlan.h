@@ -1,7 +1,7 @@
 // The Macros of a Track as the Engine takes them: flat, without searching, made on the control side.
 #pragma once
 
-#include "core/params/Registry.h"
+#include "core/params/Targets.h"
 
 namespace synth::macros {
 
@@ -27,6 +27,7 @@ struct Plan {
   bool bipolar[limits::macros] = {};
   Entry entries[most];
   Link links[most];
+  u16 targetMacros[automation::trackTargets] = {};  // for each Track target, the Macros that move it
 };
 
 // Its links point into the Project.

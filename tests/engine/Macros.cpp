@@ -124,6 +124,61 @@ TEST_F(MacroSound, ALockBelongsToItsNoteAlone) {
   EXPECT_LT(resolved(engine, automation::WIDTH), track.width - 0.5f);
 }
 
+TEST_F(MacroSound, ANoteWithALockStillFollowsLanesAndTouches) {
+  // Another Macro's target is swept by a Lane while the Note holds a Lock of 0, and while it dies away.
+  ASSERT_EQ(macros::add(*p, 0, "OTHER", false, 0, error), 1);
+  map("resonance", 0.5f, -1, 1);
+  track.release = 4;
+  const LanePoint points[] = {{0, 65535, 0, 0}, {16 * 8, 20000, 0, 0}};
+  ASSERT_TRUE(setLanePoints(*p, 0, points, 2));
+  p->lanes[0].enabled = 1;
+  p->lanes[0].target = u8(automation::CUTOFF + 1);
+  auto fall = [&](u16 length, int slot, u16 lock, size_t from) {
+    const auto before = copyOf(*p);
+    note(0, 48, length, automation::firstMacroTarget + slot, lock);
+    const Audio a = renderProject(*p, 1.2);
+    *p = *before;
+    return brightness(a.left, from, from + 2400) / brightness(a.left, 48000, 52800);
+  };
+  EXPECT_GT(fall(16 * 256, 0, 0, 4800), 2) << "a Lock that moves nothing";
+  EXPECT_GT(fall(16 * 256, 1, 0, 4800), 2) << "nor its target's neighbours";
+  EXPECT_GT(fall(2 * 256, 0, 3000, 14400), 1.5) << "in its release";
+
+  note(0, 48, 16 * 256, automation::firstMacroTarget, 0);
+  p->lanes[0].enabled = 0;
+  Engine engine(48000);
+  engine.submitProject(*p);
+  engine.setPlaying(true);
+  const double open = brightness(renderFrames(engine, 9600).left, 4800);
+  engine.setTouch(0, automation::CUTOFF, 0.4f, true);
+  EXPECT_LT(brightness(renderFrames(engine, 9600).left, 4800), 0.5 * open);
+}
+
+TEST_F(MacroSound, ATouchOnTheTracksOwnValueStandsAboveALock) {
+  macros::setValue(*p, 0, 0, 0.01f);
+  track.cutoff = param::fromNormalized(*param::find("cutoff"), 0.75f);
+  note(0, 48, 4096, automation::CUTOFF, 12000);
+  Engine engine(48000);
+  engine.submitProject(*p);
+  engine.setPlaying(true);
+  const double locked = brightness(renderFrames(engine, 9600).left, 4800);
+  engine.setTouch(0, automation::CUTOFF, 0.75f, true);
+  EXPECT_GT(brightness(renderFrames(engine, 9600).left, 4800), 2 * locked);
+}
+
+TEST_F(MacroSound, ALockedDecayLeavesTheOtherNotesOfAChordAlone) {
+  track.sustain = 0;
+  track.decay = 2;
+  map("decay", 0.05f);
+  macros::setValue(*p, 0, 0, 0.01f);
+  note(0, 72, 4096);
+  const double alone = sineLevel(renderProject(*p, 0.6).left, 523.25, 48000, 19200, 28800);
+  note(0, 43, 4096, automation::DECAY, 0);
+  const double chord = sineLevel(renderProject(*p, 0.6).left, 523.25, 48000, 19200, 28800);
+  EXPECT_GT(alone, 0.005);
+  EXPECT_NEAR(toDb(chord / alone), 0, 1);
+}
+
 TEST_F(MacroSound, ValuesWithoutATargetAndPadsFollowToo) {
   map("sub_level", 0.8f);
   note(0, 60, 2048);
