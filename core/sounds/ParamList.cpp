@@ -7,6 +7,8 @@
 #include "core/model/Defaults.h"
 #include "core/model/Lanes.h"
 #include "core/params/Targets.h"
+#include "core/sounds/MacroTravel.h"
+#include "core/sounds/Macros.h"
 
 namespace synth::paramlist {
 namespace {
@@ -132,11 +134,34 @@ std::vector<Row> busRows(const Project& p, int bus) {
   return list;
 }
 
+namespace {
+
+// Letters and digits in lower case, everything between them one blank: "lfo_rate" is "LFO RATE".
+std::string plain(std::string_view text) {
+  std::string out;
+  for (const char c : text::lower(text)) {
+    const bool letter = (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || (c & 0x80);
+    if (letter)
+      out += c;
+    else if (!out.empty() && out.back() != ' ')
+      out += ' ';
+  }
+  if (!out.empty() && out.back() == ' ') out.pop_back();
+  return out;
+}
+
+}  // namespace
+
 search::Match match(const Row& row, std::string_view query) {
   std::string text = row.key + " " + row.label + " " + row.group;
   search::Match best = search::match(query, text);
   for (const Synonym& s : synonyms)
     if (row.key == s.key) best = search::better(best, search::match(query, text + " " + s.words));
+  if (best.rank != search::Match::Exact) return best;
+  // An exact row hides the others: "cut" is a word of LOW CUT, but may still become "cutoff".
+  const std::string whole = plain(query);
+  if (!whole.empty() && whole != plain(row.key) && whole != plain(row.label))
+    best.rank = search::Match::WordStart;
   return best;
 }
 
@@ -147,7 +172,7 @@ namespace {
 bool begins(std::string_view key, std::string_view prefix) { return key.substr(0, prefix.size()) == prefix; }
 
 // Whether a Lane or some Note's Lock moves the target.
-bool driven(const Project& p, int track, int target) {
+bool drivenItself(const Project& p, int track, int target) {
   for (int s = 0; s < limits::lanesPerOwner; s++) {
     const LaneRow& lane = p.lanes[laneRow(track, s)];
     if (lane.enabled && lane.count && lane.target == target + 1) return true;
@@ -158,6 +183,31 @@ bool driven(const Project& p, int track, int target) {
       if (lock.target == target + 1) return true;
   }
   return false;
+}
+
+// The same for the target or a Macro that moves it.
+bool driven(const Project& p, int track, int target) {
+  if (drivenItself(p, track, target)) return true;
+  const param::Info* info = automation::targetInfo(target);
+  const Track& t = p.tracks[track];
+  for (int m = 0; info && m < t.macroCount; m++)
+    for (int i = 0; i < t.macros[m].targetCount; i++)
+      if (t.macros[m].targets[i].param == info->id &&
+          drivenItself(p, track, automation::firstMacroTarget + m))
+        return true;
+  return false;
+}
+
+// A Track as it plays: with what its Macros make of their targets.
+Track moved(const Project& p, int track) {
+  Track t = p.tracks[track];
+  for (int m = 0; m < t.macroCount; m++)
+    for (int i = 0; i < t.macros[m].targetCount; i++) {
+      const MacroTarget& target = t.macros[m].targets[i];
+      if (const param::Info* info = param::find(target.param))
+        info->set(macros::resulting(p, track, *info, target.pad), t, target.pad);
+    }
+  return t;
 }
 
 Inactive of(const char* key, const char* badge) { return {key, badge}; }
@@ -184,8 +234,7 @@ Inactive engineInactive(const Track& t, std::string_view key) {
   return {};
 }
 
-Inactive lfoInactive(const Project& p, int track, std::string_view key) {
-  const Track& t = p.tracks[track];
+Inactive lfoInactive(const Project& p, int track, const Track& t, std::string_view key) {
   const bool second = begins(key, "lfo2_");
   if (!second && !begins(key, "lfo_")) return {};
   const std::string_view rest = key.substr(second ? 5 : 4);
@@ -213,8 +262,7 @@ Inactive voiceInactive(const Track& t, std::string_view key) {
   return {};
 }
 
-Inactive chainInactive(const Project& p, int track, std::string_view key) {
-  const Track& t = p.tracks[track];
+Inactive chainInactive(const Project& p, int track, const Track& t, std::string_view key) {
   if (key == "eq_mid_freq" && t.eq_mid == 0 && !driven(p, track, automation::EQ_MID))
     return of("eq_mid", "NO MID");
   if (begins(key, "mod_") && key != "mod_type") {
@@ -244,21 +292,21 @@ Inactive padInactive(const Track& t, std::string_view key, int pad) {
 
 Inactive inactive(const Project& p, int track, int code, int pad) {
   if (track < 0 || track >= limits::tracks) return {};
-  const Track& t = p.tracks[track];
   const int macro = code - limits::firstMacroPin;
-  if (macro >= 0)
+  if (const Track& t = p.tracks[track]; macro >= 0)
     return macro < t.macroCount && t.macros[macro].targetCount == 0
-               ? Inactive{std::string(nameText(t.macros[macro].name)), "NO TARGETS"}
+               ? Inactive{macros::name(t, macro), "NO TARGETS"}
                : Inactive{};
   const param::Info* info = param::find(u16(code));
   if (!info) return {};
   const std::string_view key = info->key;
+  const Track t = moved(p, track);
   if (info->scope == param::ScopePad) return padInactive(t, key, pad);
   if (!isDrums(t)) {
-    for (const Inactive& why : {engineInactive(t, key), lfoInactive(p, track, key), voiceInactive(t, key)})
+    for (const Inactive& why : {engineInactive(t, key), lfoInactive(p, track, t, key), voiceInactive(t, key)})
       if (why) return why;
   }
-  return chainInactive(p, track, key);
+  return chainInactive(p, track, t, key);
 }
 
 Inactive busInactive(const Project& p, int bus, int code) {

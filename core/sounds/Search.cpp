@@ -30,12 +30,15 @@ bool sameAt(std::string_view text, std::string_view query, size_t at) {
 
 const Match& better(const Match& a, const Match& b) { return a < b ? b : a; }
 
-std::vector<std::string> words(std::string_view text) {
+std::vector<std::string> words(std::string_view text, size_t most) {
   std::vector<std::string> out;
   bool inside = false;
   for (char c : text) {
     const bool blank = c == ' ' || c == '\t' || c == '\n' || c == '\r' || c == '\f' || c == '\v';
-    if (!blank && !inside) out.emplace_back();
+    if (!blank && !inside) {
+      if (out.size() >= most) break;
+      out.emplace_back();
+    }
     if (!blank) out.back() += lower(c);
     inside = !blank;
   }
@@ -130,7 +133,7 @@ Match both(const Match& a, const Match& b) { return {std::min(a.rank, b.rank), a
 
 Match match(std::string_view query, std::string_view text) {
   Match all{Match::Exact, 0};
-  for (const std::string& word : words(query)) {
+  for (const std::string& word : words(query, mostWords)) {
     Match one = exact(text, word);
     if (!one) one = better(abbreviation(text, word), typo(text, word));
     if (!one) return {};

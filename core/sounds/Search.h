@@ -22,8 +22,9 @@ struct Match {
 
 inline constexpr int longest = 32;  // characters of a query word that count
 
-// The words of a text in lower case.
-std::vector<std::string> words(std::string_view text);
+// The words of a text in lower case; a query has at most `mostWords`, what follows does not count.
+inline constexpr size_t mostWords = 8;
+std::vector<std::string> words(std::string_view text, size_t most = ~size_t(0));
 // The query inside the text: as a whole word, at a word's start, or anywhere. An empty query fits exactly.
 Match exact(std::string_view text, std::string_view query);
 // The query's letters in their order inside the text, the better the nearer they stand to word starts and to
