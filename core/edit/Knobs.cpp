@@ -6,8 +6,10 @@
 #include "base/Math.h"
 #include "core/edit/LaneEdit.h"
 #include "core/edit/LockEdit.h"
+#include "core/model/Lanes.h"
 #include "core/model/Notes.h"
 #include "core/params/Targets.h"
+#include "core/sounds/Macros.h"
 
 namespace synth::knobs {
 namespace {
@@ -64,6 +66,9 @@ bool aTrack(int track) { return track >= 0 && track < limits::tracks; }
 int macroOf(int code) {
   return code >= firstMacro && code < firstMacro + limits::macros ? code - firstMacro : -1;
 }
+bool hasMacro(const Project& p, int track, int macro) {
+  return aTrack(track) && macro < p.tracks[track].macroCount;
+}
 
 int parameterTarget(const Project& p, const param::Info& info, int track) {
   if (info.scope != param::ScopeTrack) return -1;
@@ -113,7 +118,9 @@ float fromLane(int target, float v) {
 float trackValue(const Project& p, int code, int track, int pad) {
   const int macro = macroOf(code);
   if (macro >= 0)
-    return aTrack(track) && macro < p.tracks[track].macroCount ? p.tracks[track].macros[macro].value : 0;
+    return hasMacro(p, track, macro) ? macros::toNormalized(p.tracks[track].macros[macro].polarity,
+                                                            p.tracks[track].macros[macro].value)
+                                     : 0;
   const param::Info* info = infoOf(code);
   if (!info || (info->scope != param::ScopeProject && !aTrack(track))) return 0;
   return info->get(p, std::max(track, 0), std::clamp(pad, 0, limits::pads - 1));
@@ -122,9 +129,9 @@ float trackValue(const Project& p, int code, int track, int pad) {
 bool setTrackValue(Project& p, int code, int track, int pad, float value) {
   if (!std::isfinite(value)) return false;
   if (const int macro = macroOf(code); macro >= 0) {
-    if (!aTrack(track) || macro >= p.tracks[track].macroCount) return false;
+    if (!hasMacro(p, track, macro)) return false;
     MacroRec& m = p.tracks[track].macros[macro];
-    m.value = std::clamp(value, m.polarity ? -1.0f : 0.0f, 1.0f);
+    m.value = macros::fromNormalized(m.polarity, value);
     return true;
   }
   const param::Info* info = infoOf(code);
@@ -149,11 +156,16 @@ Result record(Project& p, int code, int track, double t0, double t1, double v0, 
 }
 
 Result clearAutomation(Project& p, int code, int track) {
-  return workspace::clearLaneOf(p, track, target(p, code, track));
+  return workspace::clearLane(p, track, target(p, code, track));
 }
 
 int automationLane(const Project& p, int code, int track) {
   return workspace::laneFor(p, track, target(p, code, track));
+}
+
+bool lane(const Project& p, int code, int track) {
+  const int row = automationLane(p, code, track);
+  return row >= 0 && p.lanes[row].enabled && p.lanes[row].count;
 }
 
 // ---- Locks.
@@ -246,13 +258,42 @@ Result clearLocks(Project& p, int code, int track, std::span<const NoteAt> notes
   return changed ? Result::done() : Result::nothing();
 }
 
+namespace {
+
+bool locks(const NoteRec& note, int target) {
+  return std::any_of(std::begin(note.locks), std::end(note.locks),
+                     [&](const LockRec& lock) { return lock.target == target + 1; });
+}
+
+}  // namespace
+
+bool anyLocked(const Project& p, int code, int track) {
+  const int at = lockTarget(p, code, track);
+  return at >= 0 && std::any_of(p.notes, p.notes + p.noteCount,
+                                [&](const NoteRec& n) { return n.track == track && locks(n, at); });
+}
+
+Result clearAllLocks(Project& p, int code, int track) {
+  const int at = lockTarget(p, code, track);
+  if (at < 0) return Result::failed("This knob cannot lock notes");
+  bool changed = false;
+  for (int i = 0; i < p.noteCount; i++) {
+    NoteRec& note = p.notes[i];
+    if (note.track != track || !locks(note, at)) continue;
+    changed = true;
+    // The others close up, so that the first empty Lock ends the list.
+    const auto kept = std::remove_if(std::begin(note.locks), std::end(note.locks),
+                                     [&](const LockRec& lock) { return lock.target == at + 1; });
+    std::fill(kept, std::end(note.locks), LockRec{});
+  }
+  return changed ? Result::done() : Result::failed("This knob has no lock");
+}
+
 bool patternLocked(const Project& p, int code, int track, int pattern) {
   const int at = lockTarget(p, code, track);
   if (at < 0) return false;
-  for (const NoteRec& n : patternNotes(p, track, pattern))
-    for (const LockRec& lock : n.locks)
-      if (lock.target == at + 1) return true;
-  return false;
+  const auto notes = patternNotes(p, track, pattern);
+  return std::any_of(notes.begin(), notes.end(), [&](const NoteRec& n) { return locks(n, at); });
 }
 
 // ---- Recording.

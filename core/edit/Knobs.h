@@ -21,7 +21,8 @@ int target(const Project& project, int code, int track);
 float toLane(int target, float value);
 float fromLane(int target, float normalized);
 
-// The live value of a knob; 0 for one without.
+// The live value of a knob; 0 for one without. A Macro's knob turns from 0 to 1 as its Lanes and Locks do, a
+// bipolar one's centre being 0.5.
 float trackValue(const Project& project, int code, int track, int pad);
 bool setTrackValue(Project& project, int code, int track, int pad, float value);
 
@@ -30,6 +31,8 @@ edit::Result record(Project& project, int code, int track, double t0, double t1,
 edit::Result clearAutomation(Project& project, int code, int track);
 // The Lane row of the knob, or -1.
 int automationLane(const Project& project, int code, int track);
+// Whether a Lane that is switched on and drawn moves the knob.
+bool lane(const Project& project, int code, int track);
 
 // ---- Locks.
 
@@ -54,6 +57,9 @@ LockView lockView(const Project& project, int code, int track, std::span<const N
 edit::Result setLocks(Project& project, const Project& before, int code, int track,
                       std::span<const NoteAt> notes, float value);
 edit::Result clearLocks(Project& project, int code, int track, std::span<const NoteAt> notes);
+// Whether any Note of the Track locks the knob's target, and the way to clear all those Locks.
+bool anyLocked(const Project& project, int code, int track);
+edit::Result clearAllLocks(Project& project, int code, int track);
 // Whether any Note of the Pattern locks the knob's target.
 bool patternLocked(const Project& project, int code, int track, int pattern);
 

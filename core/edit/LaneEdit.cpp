@@ -43,32 +43,53 @@ Result checkTarget(const Project& p, int row, int target) {
                                                                                            : none;
 }
 
-// The free row to claim. On a Track the Engine's four like their own slots, the others the slots behind.
+// The free row to claim. On a Track the Engine's four have their own slots and the others the slots behind;
+// they take those of others only when their own are gone.
 int freeRow(const Project& p, int row, int target) {
   const Rows rows = rowsOf(row);
-  const bool engine = target <= automation::ENGINE_4;
+  auto freeOf = [&](int slot) { return !laneInUse(p.lanes[rows.first + slot]); };
+  const bool track = row >= 0 && row < firstBusRow;
+  if (track && target <= automation::ENGINE_4 && freeOf(target)) return rows.first + target;
   for (int n = 0; n < rows.count; n++) {
-    int slot = n;
-    if (row >= 0 && row < firstBusRow) slot = engine ? (target + n) % rows.count : (4 + n) % rows.count;
-    if (!laneInUse(p.lanes[rows.first + slot])) return rows.first + slot;
+    const int slot = track ? (4 + n) % rows.count : n;
+    if (freeOf(slot)) return rows.first + slot;
   }
   return -1;
 }
 
-bool onSong(double time) { return std::isfinite(time) && time >= 0 && time * 16 <= limits::lanePosition; }
-
-// Runs an edit of an existing Lane's points; `refused` is what its false means.
-template <class Edit>
-Result onLane(Project& p, int row, int target, const char* refused, Edit edit) {
-  const int lane = laneFor(p, row, target);
-  if (lane < 0) return Result::failed("No such lane");
-  return edit(lane) ? Result::done() : Result::failed(refused);
+// The row that carries the target, or the one that it may have; nothing is changed yet.
+Result placeOf(const Project& p, int row, int target, int& lane) {
+  if (const Result fits = checkTarget(p, row, target); !fits) return fits;
+  lane = laneFor(p, row, target);
+  if (lane < 0) lane = freeRow(p, row, target);
+  if (lane >= 0) return Result::nothing();
+  return Result::failed(row == masterRow    ? "All twelve master lanes are in use"
+                        : row < firstBusRow ? "All eight lanes of this track are in use"
+                                            : "All eight lanes of this row are in use");
 }
 
-bool hasPoints(const Project& p, int lane, std::span<const int> points) {
-  const int count = p.lanes[lane].count;
-  return !points.empty() &&
-         std::all_of(points.begin(), points.end(), [&](int i) { return i >= 0 && i < count; });
+void take(Project& p, int lane, int target) {
+  p.lanes[lane].enabled = 1;
+  p.lanes[lane].target = u8(target + 1);
+}
+
+bool onSong(double time) { return std::isfinite(time) && time >= 0 && time * 16 <= limits::lanePosition; }
+
+// A set of points in rising order, each once; empty when one of them does not exist.
+std::vector<int> chosen(const Project& p, int lane, std::span<const int> points) {
+  std::vector<int> set(points.begin(), points.end());
+  std::sort(set.begin(), set.end());
+  set.erase(std::unique(set.begin(), set.end()), set.end());
+  if (lane < 0 || set.empty() || set.front() < 0 || set.back() >= p.lanes[lane].count) set.clear();
+  return set;
+}
+
+bool together(std::span<const LanePoint> points, size_t i, size_t k) {
+  return i < points.size() && k < points.size() && points[i].position == points[k].position;
+}
+// Whether the point ends at a rest of the same time.
+bool hasTwin(std::span<const LanePoint> points, size_t i) {
+  return together(points, i, i + 1) && !points[i].rest && points[i + 1].rest;
 }
 
 }  // namespace
@@ -82,93 +103,111 @@ int laneFor(const Project& p, int row, int target) {
 }
 
 Result claimLane(Project& p, int row, int target, int& lane) {
-  if (const Result fits = checkTarget(p, row, target); !fits) return fits;
-  lane = laneFor(p, row, target);
-  if (lane >= 0) {
-    if (p.lanes[lane].enabled) return Result::nothing();
-    p.lanes[lane].enabled = 1;
-    return Result::done();
-  }
-  lane = freeRow(p, row, target);
-  if (lane < 0)
-    return Result::failed(row == masterRow    ? "All twelve master lanes are in use"
-                          : row < firstBusRow ? "All eight lanes of this track are in use"
-                                              : "All eight lanes of this row are in use");
-  p.lanes[lane].enabled = 1;
-  p.lanes[lane].target = u8(target + 1);
+  if (const Result placed = placeOf(p, row, target, lane); !placed) return placed;
+  if (p.lanes[lane].enabled && p.lanes[lane].target == target + 1) return Result::nothing();
+  take(p, lane, target);
   return Result::done();
 }
 
 Result drawLane(Project& p, int row, int target, double t0, double v0, double t1, double v1) {
   if (!onSong(t0) || !onSong(t1) || t1 < t0 || !std::isfinite(v0) || !std::isfinite(v1))
     return Result::failed("Invalid lane point");
-  const bool fresh = laneFor(p, row, target) < 0;
   int lane = -1;
-  if (const Result claimed = claimLane(p, row, target, lane); !claimed) return claimed;
-  if (automation::writeSegment(p, lane, t0, t1, float(v0), float(v1))) return Result::done();
-  if (fresh) clearLane(p, lane);
-  return Result::failed("Project full");
+  if (const Result placed = placeOf(p, row, target, lane); !placed) return placed;
+  if (!automation::writeSegment(p, lane, t0, t1, float(v0), float(v1))) return Result::failed("Project full");
+  take(p, lane, target);
+  return Result::done();
 }
 
-Result clearLaneOf(Project& p, int row, int target) {
-  return onLane(p, row, target, "No such lane", [&](int lane) {
-    clearLane(p, lane);
-    return true;
-  });
+Result clearLane(Project& p, int row, int target) {
+  const int lane = laneFor(p, row, target);
+  if (lane < 0) return Result::failed("No such lane");
+  synth::clearLane(p, lane);
+  return Result::done();
 }
 
 Result addPoint(Project& p, int row, int target, double time, double value, int& index) {
   if (!std::isfinite(time) || time < 0 || !std::isfinite(value)) return Result::failed("Invalid lane point");
   if (!onSong(time)) return Result::failed("Past the Song's end");
-  const bool fresh = laneFor(p, row, target) < 0;
   int lane = -1;
-  if (const Result claimed = claimLane(p, row, target, lane); !claimed) return claimed;
+  if (const Result placed = placeOf(p, row, target, lane); !placed) return placed;
   const u32 position = u32(std::lround(time * 16));
   const auto points = lanePoints(p, lane);
   const auto there =
       std::count_if(points.begin(), points.end(), [&](const LanePoint& q) { return q.position == position; });
   if (there >= 2) return Result::failed("Two points are on this time already");
-  index = automation::insertPoint(p, lane, position, float(value));
-  if (index >= 0) return Result::done();
-  if (fresh) clearLane(p, lane);
-  return Result::failed("Project full");
+  const int at = automation::insertPoint(p, lane, position, float(value));
+  if (at < 0) return Result::failed("Project full");
+  index = at;
+  take(p, lane, target);
+  return Result::done();
 }
 
-Result moveLanePoints(Project& p, int row, int target, std::span<const int> points, double deltaTime,
-                      double deltaValue) {
+Result movePoints(Project& p, int row, int target, std::span<const int> points, double deltaTime,
+                  double deltaValue) {
   const int lane = laneFor(p, row, target);
-  if (lane < 0 || !hasPoints(p, lane, points)) return Result::failed("No such point");
+  const std::vector<int> set = chosen(p, lane, points);
+  if (set.empty()) return Result::failed("No such point");
   if (!std::isfinite(deltaTime) || std::fabs(deltaTime) > 2e6 || !std::isfinite(deltaValue))
     return Result::failed("Invalid lane point");
   const bool moved =
-      automation::movePoints(p, lane, points, i64(std::llround(deltaTime * 16)), float(deltaValue));
+      automation::movePoints(p, lane, set, i64(std::llround(deltaTime * 16)), float(deltaValue));
   return moved ? Result::done() : Result::nothing();
 }
 
-Result deleteLanePoints(Project& p, int row, int target, std::span<const int> points) {
+Result deletePoints(Project& p, int row, int target, std::span<const int> points) {
   const int lane = laneFor(p, row, target);
-  if (lane < 0 || !hasPoints(p, lane, points)) return Result::failed("No such point");
-  return automation::deletePoints(p, lane, points) ? Result::done() : Result::failed("No such point");
+  const std::vector<int> set = chosen(p, lane, points);
+  const bool gone = !set.empty() && automation::deletePoints(p, lane, set);
+  return gone ? Result::done() : Result::failed("No such point");
 }
 
-Result setRest(Project& p, int row, int target, std::span<const int> set, bool rest) {
+namespace {
+
+// The point, followed by a rest at its time, so that the line that leads to it stays. False where two points
+// stand there already.
+bool addResting(std::span<const LanePoint> before, size_t i, std::vector<LanePoint>& now) {
+  now.push_back(before[i]);
+  if (before[i].rest || hasTwin(before, i)) return true;
+  if (together(before, i, i + 1) || (i && together(before, i, i - 1))) return false;
+  now.push_back({before[i].position, 0, 1, 0});
+  return true;
+}
+
+// The point without the rest: one that stands for itself takes up the value that led into it.
+void addSounding(std::span<const LanePoint> before, size_t i, std::vector<LanePoint>& now) {
+  const LanePoint& point = before[i];
+  if (!point.rest)
+    now.push_back(point);
+  else if (i == 0 || !hasTwin(before, i - 1))
+    now.push_back({point.position, i ? before[i - 1].value : u16(0), 0, 0});
+}
+
+}  // namespace
+
+Result setRest(Project& p, int row, int target, std::span<const int> points, bool rest) {
   const int lane = laneFor(p, row, target);
-  if (lane < 0 || !hasPoints(p, lane, set)) return Result::failed("No such point");
+  const std::vector<int> set = chosen(p, lane, points);
+  if (set.empty()) return Result::failed("No such point");
   const auto before = lanePoints(p, lane);
-  std::vector<LanePoint> points(before.begin(), before.end());
-  bool changed = false;
-  for (const int i : set) {
-    LanePoint& point = points[size_t(i)];
-    if (point.rest == rest) continue;
-    // A span that sounds again takes up the value that led into it.
-    point.value = rest || i == 0 ? 0 : points[size_t(i - 1)].value;
-    point.rest = rest;
-    changed = true;
+  std::vector<LanePoint> now;
+  for (size_t i = 0; i < before.size(); i++) {
+    const bool asked = std::binary_search(set.begin(), set.end(), int(i));
+    const bool twinOfAsked =
+        i && hasTwin(before, i - 1) && std::binary_search(set.begin(), set.end(), int(i) - 1);
+    if (rest && asked) {
+      if (!addResting(before, i, now)) return Result::failed("No room for more points");
+    } else if (!rest && (asked || twinOfAsked)) {
+      addSounding(before, i, now);
+    } else {
+      now.push_back(before[i]);
+    }
   }
-  if (!changed) return Result::nothing();
-  return setLanePoints(p, lane, points.data(), int(points.size()))
-             ? Result::done()
-             : Result::failed("No room for more points");
+  const bool same = std::equal(before.begin(), before.end(), now.begin(), now.end(),
+                               [](const LanePoint& a, const LanePoint& b) { return sameBytes(a, b); });
+  if (same) return Result::nothing();
+  return setLanePoints(p, lane, now.data(), int(now.size())) ? Result::done()
+                                                             : Result::failed("No room for more points");
 }
 
 Result simplifyLane(Project& p, int row, int target, double from, double to, double timeScale,
@@ -184,7 +223,7 @@ void bendEq(float (&bands)[10], const float (&base)[10], u32 mask, int band, flo
     bands[k] = base[k];
     if (mask >> k & 1) continue;
     const float away = float(std::abs(k - band)), share = std::max(0.0f, 1 - away / 4);
-    bands[k] = std::clamp(base[k] + delta * share * share, -24.0f, 24.0f);
+    bands[k] = std::clamp(base[k] + delta * share, -24.0f, 24.0f);
   }
 }
 

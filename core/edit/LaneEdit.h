@@ -17,12 +17,14 @@ int laneFor(const Project& project, int row, int target);
 edit::Result claimLane(Project& project, int row, int target, int& lane);
 
 edit::Result drawLane(Project& project, int row, int target, double t0, double v0, double t1, double v1);
-edit::Result clearLaneOf(Project& project, int row, int target);
+edit::Result clearLane(Project& project, int row, int target);
+// Points are named by their places in the Lane, in any order.
 edit::Result addPoint(Project& project, int row, int target, double time, double value, int& index);
-edit::Result moveLanePoints(Project& project, int row, int target, std::span<const int> points,
-                            double deltaTime, double deltaValue);
-edit::Result deleteLanePoints(Project& project, int row, int target, std::span<const int> points);
-// Turns the spans from these points to the next into rests, or back: they then hold a value again.
+edit::Result movePoints(Project& project, int row, int target, std::span<const int> points, double deltaTime,
+                        double deltaValue);
+edit::Result deletePoints(Project& project, int row, int target, std::span<const int> points);
+// Turns the spans from these points to the next into rests, or back. A rest is a point of its own behind the
+// one that keeps the value, and needs room beside it.
 edit::Result setRest(Project& project, int row, int target, std::span<const int> points, bool rest);
 edit::Result simplifyLane(Project& project, int row, int target, double from, double to, double timeScale,
                           double valueScale, double tolerance);

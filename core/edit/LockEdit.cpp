@@ -25,7 +25,7 @@ int slotOf(const Step& step, int pitch) {
 }
 
 int lockOf(const Note& note, int target) {
-  for (int i = 0; i < limits::locks; i++)
+  for (int i = 0; target >= 0 && i < limits::locks; i++)
     if (note.locks[i].target == target + 1) return i;
   return -1;
 }
@@ -36,18 +36,13 @@ int locksOf(const Note& note) {
   return n;
 }
 
-bool targetFits(const Track& track, int target) {
-  if (automation::isMacroTarget(target)) return target - automation::firstMacroTarget < track.macroCount;
-  return automation::lockable(target, isDrums(track));
-}
-
 }  // namespace
 
 Result setLock(Project& p, int track, int pattern, int step, int pitch, int target, double value) {
   if (!addressed(p, track, pattern, step, pitch)) return Result::failed("A Lock belongs to a Note");
   const bool drums = isDrums(p.tracks[track]);
   if (drums && !automation::lockable(target, true)) return Result::failed("A hit locks only PITCH and DECAY");
-  if (!targetFits(p.tracks[track], target)) return Result::failed("Invalid lock value");
+  if (!automation::lockable(target, drums)) return Result::failed("Invalid lock value");
   Step now = stepAt(p, track, pattern, step);
   const int slot = slotOf(now, pitch);
   if (slot < 0) return Result::failed("A Lock belongs to a Note");

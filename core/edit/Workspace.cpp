@@ -109,6 +109,7 @@ Result addTrack(Project& p, int kind, int& index) {
 }
 
 Result removeTracks(Project& p, u32 mask, TrackMap& map) {
+  keepAll(map);
   mask = activeOf(p, mask);
   if (!mask) return Result::failed("Select a track to remove");
   if (countOf(mask) >= p.track_count) return Result::failed("A project keeps at least one track");
@@ -137,7 +138,7 @@ Result moveTracks(Project& p, u32 mask, int delta, TrackMap& map) {
   for (int t = 0; t < limits::tracks; t++) order[t] = t;
   const int count = p.track_count;
   bool moved = false;
-  for (int n = std::min(std::abs(delta), count); n > 0; n--)
+  for (int n = std::abs(std::clamp(delta, -count, count)); n > 0; n--)
     for (int i = 1; i < count; i++) {
       // Towards the front from the front on, towards the end from the end on, so that a block stays one.
       const int at = delta < 0 ? i : count - 1 - i, to = delta < 0 ? at - 1 : at + 1;

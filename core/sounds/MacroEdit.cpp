@@ -177,6 +177,9 @@ bool map(Project& p, int track, int slot, const param::Info& info, int pad, f32 
   if (!fits(amount)) return refuse("The amount must be a number");
   if (std::isnan(amountDown)) amountDown = -amount;
   if (!macro.polarity) amountDown = 0;
+  // No amount is -0: an equal sound has equal bytes.
+  amount += 0.0f;
+  amountDown += 0.0f;
   if (!fits(amountDown)) return refuse("The amount at -100 % must be a number");
   if (!(from >= 0 && from < to && to <= 1)) return refuse("A window is FROM..TO with 0 <= FROM < TO <= 1");
 
@@ -220,7 +223,7 @@ bool setBipolar(Project& p, int track, int slot, bool bipolar) {
   macro.polarity = bipolar;
   macro.value = clampValue(bipolar, macro.value);
   for (int i = 0; i < macro.targetCount; i++)
-    macro.targets[i].amount_down = bipolar ? -macro.targets[i].amount : 0;
+    macro.targets[i].amount_down = bipolar ? -macro.targets[i].amount + 0.0f : 0;
   auto moved = [bipolar](u16 stored) {
     const f32 value = fromNormalized(!bipolar, f32(stored) / 65535.0f);
     return u16(std::lround(double(toNormalized(bipolar, value)) * 65535));
@@ -249,6 +252,10 @@ int sameName(const Track& now, const Track& old, int slot) {
 
 void followLocks(NoteRec& note, const Track& now, const Track& old) {
   rewriteLocks(note, [&](int slot) { return sameName(now, old, slot); });
+}
+
+void followPins(Track& now, const Track& old) {
+  rewritePins(now.pins, [&](int slot) { return sameName(now, old, slot); });
 }
 
 void follow(Project& p, int track, const Track& old) {

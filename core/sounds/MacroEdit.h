@@ -29,8 +29,14 @@ bool setBipolar(Project& project, int track, int slot, bool bipolar);
 // After a new sound has replaced `old`: Lanes and Locks find their Macro again by its name, or go.
 void follow(Project& project, int track, const Track& old);
 void followLocks(NoteRec& note, const Track& now, const Track& old);
+// The same for Pins that outlive the Macros they were made for; a new sound brings its own.
+void followPins(Track& now, const Track& old);
 
-// What a Macro cannot move, in the user's words.
+// What a Macro cannot move, in the user's words; shorter, behind the value's label, in a panel.
 std::string refusal(const param::Info& info);
+inline constexpr const char* panelRefusal =
+    " cannot be a Macro target · a Macro moves the sound's continuous values and the Sends";
+inline constexpr const char* notAnotherMacro = "A Macro cannot move another Macro";
+inline constexpr const char* notOnBuses = "Send effects and the Master have no Macros";
 
 }  // namespace synth::macros

@@ -22,7 +22,7 @@ double travel(f32 amount, f32 amountDown, f32 from, f32 to, f32 value) {
 double offsetOf(const Track& track, u16 param, int pad, const f32 (&values)[limits::macros]) {
   double sum = 0;
   for (int m = 0; m < std::min<int>(track.macroCount, limits::macros); m++)
-    for (int i = 0; i < track.macros[m].targetCount; i++) {
+    for (int i = 0; i < std::min<int>(track.macros[m].targetCount, limits::macroTargets); i++) {
       const MacroTarget& t = track.macros[m].targets[i];
       if (t.param == param && t.pad == pad)
         sum += travel(t.amount, t.amount_down, t.window_from, t.window_to, values[m]);
@@ -37,6 +37,7 @@ double offsetOf(const Track& track, u16 param, int pad) {
 }
 
 f32 resulting(const Project& project, int track, const param::Info& info, int pad) {
+  if (info.scope == param::ScopeProject) return info.get(project);
   const Track& t = project.tracks[std::clamp(track, 0, limits::tracks - 1)];
   const int at = info.scope == param::ScopePad ? std::clamp(pad, 0, limits::pads - 1) : 0;
   return perceptual::offset(info, info.get(t, at), offsetOf(t, info.id, at));

@@ -15,7 +15,8 @@ double offsetOf(const Track& track, u16 param, int pad, const f32 (&values)[limi
 // The same for the values that the sound holds.
 double offsetOf(const Track& track, u16 param, int pad);
 
-// What the target plays now: its own value moved by all Macros of the Track.
+// What the target plays now: its own value moved by all Macros of the Track; no Macro moves a Project's
+// value.
 f32 resulting(const Project& project, int track, const param::Info& info, int pad);
 
 // How much an amount must grow so that `base`, moved by `current` so far, arrives at `wanted`; 0 where it is

@@ -1,6 +1,7 @@
 #include "core/sounds/Macros.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 #include "base/Text.h"
@@ -50,7 +51,8 @@ bool validTargets(const MacroRec& macro, const Track& track, std::string& error)
   const std::string name(nameText(macro.name));
   for (int i = 0; i < macro.targetCount; i++) {
     const MacroTarget& target = macro.targets[i];
-    if (!validTarget(target, track) || (!macro.polarity && target.amount_down != 0)) {
+    const bool mirrors = macro.polarity || std::bit_cast<u32>(target.amount_down) == 0;
+    if (!validTarget(target, track) || !mirrors) {
       error = "Invalid Macro target of " + name;
       return false;
     }
@@ -111,6 +113,11 @@ int find(const Track& track, std::string_view name) {
   return -1;
 }
 
+std::string name(const Track& track, int slot) {
+  const bool there = slot >= 0 && slot < std::min<int>(track.macroCount, limits::macros);
+  return there ? std::string(nameText(track.macros[slot].name)) : "";
+}
+
 int slotNamed(const Track& track, std::string_view name) {
   const int slot = find(track, name);
   if (slot >= 0) return slot;
@@ -156,6 +163,15 @@ bool valid(const Track& track, std::string& error) {
       return false;
     }
   return true;
+}
+
+bool foreignTarget(const Track& track, int& slot, int& target) {
+  for (slot = 0; slot < std::min<int>(track.macroCount, limits::macros); slot++)
+    for (target = 0; target < std::min<int>(track.macros[slot].targetCount, limits::macroTargets); target++) {
+      const param::Info* info = param::find(track.macros[slot].targets[target].param);
+      if (info && !targetable(*info, track.track_kind, track.engine)) return true;
+    }
+  return false;
 }
 
 }  // namespace macros

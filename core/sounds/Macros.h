@@ -20,6 +20,8 @@ inline constexpr f32 largestAmount = 1000;
 bool targetable(const param::Info& info, int kind, int engine);
 // Trimmed and upper-cased, or "" when it is not one word that may name a Macro.
 std::string cleanName(std::string_view name);
+// The name of the Macro in a slot; "" outside the count.
+std::string name(const Track& track, int slot);
 // The slot of the Macro of that name, or -1.
 int find(const Track& track, std::string_view name);
 // The same, also by its place: MACRO_1 .. MACRO_16.
@@ -30,5 +32,7 @@ f32 toNormalized(bool bipolar, f32 value);
 f32 clampValue(bool bipolar, f32 value);
 // Whether the Track's Macros are well formed; false sets `error`.
 bool valid(const Track& track, std::string& error);
+// Finds the first target that this sound does not have, as after a change of its Engine.
+bool foreignTarget(const Track& track, int& slot, int& target);
 
 }  // namespace synth::macros

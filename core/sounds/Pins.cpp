@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "base/Text.h"
-#include "core/Names.h"
 #include "core/params/Targets.h"
 #include "core/sounds/Macros.h"
 #include "core/sounds/SendPresets.h"
@@ -35,6 +34,12 @@ int codeOf(const Track& track, std::string_view key) {
 
 int busCodeOf(const Project& p, int bus, std::string_view key) {
   return validBus(p, bus, key) ? param::find(key)->id : -1;
+}
+
+// A key as Pins spell it: a Macro by its name, whatever the case it was asked for in.
+std::string spelled(const Track& track, std::string_view key) {
+  const int slot = macros::find(track, key);
+  return slot >= 0 ? macros::name(track, slot) : std::string(key);
 }
 
 // The keys behind the codes of a list; `macroName` gives those of Macros.
@@ -89,9 +94,7 @@ bool valid(const Track& track, std::string_view key) { return codeOf(track, key)
 
 Keys keys(const Track& track) {
   if (!track.pins.custom) return defaultKeys(track.track_kind);
-  return keysOf(track.pins, [&](int slot) {
-    return slot >= 0 && slot < track.macroCount ? std::string(nameText(track.macros[slot].name)) : "";
-  });
+  return keysOf(track.pins, [&](int slot) { return macros::name(track, slot); });
 }
 
 void setKeys(Track& track, const Keys& keys) {
@@ -99,11 +102,12 @@ void setKeys(Track& track, const Keys& keys) {
 }
 
 void clear(Track& track) { track.pins = PinList{}; }
-bool pinned(const Track& track, std::string_view key) { return contains(keys(track), key); }
+bool pinned(const Track& track, std::string_view key) { return contains(keys(track), spelled(track, key)); }
 
 bool pin(Track& track, std::string_view key) {
   Keys now = keys(track);
-  if (contains(now, key) || !valid(track, key) || int(now.size()) >= limits::pins) return false;
+  if (contains(now, spelled(track, key)) || !valid(track, key) || int(now.size()) >= limits::pins)
+    return false;
   now.emplace_back(key);
   setKeys(track, now);
   return true;
@@ -111,7 +115,7 @@ bool pin(Track& track, std::string_view key) {
 
 bool unpin(Track& track, std::string_view key) {
   Keys now = keys(track);
-  auto it = std::find(now.begin(), now.end(), key);
+  auto it = std::find(now.begin(), now.end(), spelled(track, key));
   if (it == now.end()) return false;
   now.erase(it);
   setKeys(track, now);

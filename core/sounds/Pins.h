@@ -19,6 +19,9 @@ namespace pins {
 
 using Keys = std::vector<std::string>;
 
+// What a panel says beside a Track's own Pins.
+inline constexpr const char* ownNote = "Pinned for this sound · Save keeps it in the Preset";
+
 // The default Pins of a kit or a melodic Track.
 const Keys& defaultKeys(int kind);
 // Whether a key can be pinned on such a sound; on a Track also the name of one of its Macros.
