@@ -53,6 +53,9 @@ class Diff {
     records.push(std::move(record));
   }
 
+  // Whether two parts read the same: bytes that name a Macro by its place may differ all the same.
+  static bool sameText(const Json& x, const Json& y) { return json::compact(x) == json::compact(y); }
+
   static Json loop(const Project& p) {
     if (!p.loopStart && !p.loopEnd) return {};
     return Json::array().push(double(p.loopStart)).push(double(p.loopEnd));
@@ -81,7 +84,9 @@ class Diff {
               nameText(x.sample_name) != nameText(y.sample_name));
     value(path + ".preset_name", nameText(x.preset_name), nameText(y.preset_name),
           nameText(x.preset_name) != nameText(y.preset_name));
-    value(path + ".pins", pinsSpec(x.pins, &x), pinsSpec(y.pins, &y), !sameBytes(x.pins, y.pins));
+    Json from = pinsSpec(x.pins, &x), to = pinsSpec(y.pins, &y);
+    const bool otherPins = !sameBytes(x.pins, y.pins) && !sameText(from, to);
+    value(path + ".pins", std::move(from), std::move(to), otherPins);
     for (int pad = 0; pad < limits::pads; pad++)
       parameters(param::ScopePad, path + placeOf(".pads", size_t(pad)), t, pad);
   }
@@ -129,8 +134,10 @@ class Diff {
         },
         [&](const NoteRec& x, const NoteRec& y) {
           if (sameBytes(x, y)) return;
-          row(path, "removed", noteSpec(a, x, false));
-          row(path, "added", noteSpec(b, y, false));
+          Json before = noteSpec(a, x, false), after = noteSpec(b, y, false);
+          if (sameText(before, after)) return;
+          row(path, "removed", std::move(before));
+          row(path, "added", std::move(after));
         });
   }
 
@@ -157,7 +164,9 @@ class Diff {
     auto from = lanePoints(a, r), to = lanePoints(b, r);
     const bool samePoints = from.size() == to.size() &&
                             (from.empty() || std::memcmp(from.data(), to.data(), from.size_bytes()) == 0);
-    if (samePoints && x.enabled == y.enabled && x.target == y.target) return;
+    if (samePoints && x.enabled == y.enabled &&
+        (x.target == y.target || sameText(laneSpec(a, r), laneSpec(b, r))))
+      return;
     const int owner = r / limits::lanesPerOwner;
     std::string path;
     if (r >= limits::firstMasterLane)
