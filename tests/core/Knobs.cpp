@@ -57,8 +57,12 @@ TEST(Knobs, MoveTheirTargets) {
   std::string error;
   macros::add(*p, 1, "WARM", true, 0, error);
   EXPECT_EQ(knobs::target(*p, 80, 1), automation::firstMacroTarget);
+  EXPECT_EQ(knobs::trackValue(*p, 80, 1, -1), 0.5f) << "a bipolar Macro's centre";
+  EXPECT_TRUE(knobs::setTrackValue(*p, 80, 1, -1, 0.25f));
+  EXPECT_EQ(p->tracks[1].macros[0].value, -0.5f);
+  EXPECT_EQ(knobs::trackValue(*p, 80, 1, -1), knobs::toLane(automation::firstMacroTarget, 0.25f));
   EXPECT_TRUE(knobs::setTrackValue(*p, 80, 1, -1, -7));
-  EXPECT_EQ(knobs::trackValue(*p, 80, 1, -1), -1);
+  EXPECT_EQ(p->tracks[1].macros[0].value, -1);
   EXPECT_TRUE(knobs::setTrackValue(*p, 11, 1, -1, 1e9f));
   EXPECT_EQ(knobs::trackValue(*p, 11, 1, -1), 20000);
   EXPECT_FALSE(knobs::setTrackValue(*p, 11, 1, -1, NAN));
@@ -73,7 +77,9 @@ TEST(Knobs, MoveTheirTargets) {
 
 TEST(Knobs, RecordGesturesIntoLanes) {
   auto p = makeProject();
+  EXPECT_FALSE(knobs::lane(*p, 11, 1));
   EXPECT_TRUE(knobs::record(*p, 11, 1, 0, 4, 0.2, 0.9));
+  EXPECT_TRUE(knobs::lane(*p, 11, 1));
   EXPECT_NEAR(laneValueAt(*p, knobs::automationLane(*p, 11, 1), 2), 0.55, 1e-3);
   EXPECT_STREQ(knobs::record(*p, 11, 1, 4, 0, 0, 0).message, "Invalid recording segment");
   EXPECT_STREQ(knobs::record(*p, 11, 1, NAN, 0, 0, 0).message, "Invalid recording segment");
@@ -106,6 +112,20 @@ TEST(Knobs, LockAllSelectedNotesOrNone) {
   EXPECT_TRUE(knobs::patternLocked(*p, 11, 1, 0));
   EXPECT_TRUE(knobs::clearLocks(*p, 11, 1, both).changed);
   EXPECT_FALSE(knobs::patternLocked(*p, 11, 1, 0));
+  // All of one knob's Locks at once leave those of another, in a list without gaps.
+  EXPECT_STREQ(knobs::clearAllLocks(*p, 18, 1).message, "This knob cannot lock notes");
+  EXPECT_STREQ(knobs::clearAllLocks(*p, 11, 1).message, "This knob has no lock");
+  const auto unlocked = copyOf(*p);
+  EXPECT_TRUE(knobs::setLocks(*p, *unlocked, 11, 1, both, 900));
+  const auto once = copyOf(*p);
+  EXPECT_TRUE(knobs::setLocks(*p, *once, 12, 1, both, 0.5f));
+  EXPECT_TRUE(knobs::anyLocked(*p, 11, 1));
+  EXPECT_FALSE(knobs::anyLocked(*p, 11, 2));
+  EXPECT_TRUE(knobs::clearAllLocks(*p, 11, 1).changed);
+  EXPECT_FALSE(knobs::anyLocked(*p, 11, 1));
+  EXPECT_TRUE(knobs::lockView(*p, 12, 1, both).all);
+  std::string error;
+  EXPECT_TRUE(validateProject(*p, error)) << error;
   EXPECT_EQ(knobs::lockKind(*p, rowKnob("pad_pitch"), 0), knobs::PitchLock);
   EXPECT_EQ(knobs::lockKind(*p, rowKnob("pad_tone"), 0), knobs::NoLock);
   EXPECT_EQ(knobs::lockNormalized(knobs::PitchLock, automation::PITCH, -24), 0);

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <limits>
 #include <set>
 
 #include "core/model/Defaults.h"
@@ -92,6 +94,20 @@ TEST(ParamList, SaysWhyARowDoesNothing) {
   setLanePoints(*p, laneRow(1, 0), points, 1);
   EXPECT_FALSE(inactive(*p, 1, codeOf("lfo_shape"), -1)) << "a Lane moves the depth";
 
+  // So does a Macro, by its own value or by what moves it.
+  std::string macroError;
+  const f32 mirror = std::numeric_limits<f32>::quiet_NaN();
+  ASSERT_EQ(macros::add(*p, 1, "SPACE", false, 0, macroError), 0);
+  t.room_mix = 0;
+  ASSERT_TRUE(macros::map(*p, 1, 0, *param::find("room_mix"), -1, 0.5f, mirror, 0, 1, macroError));
+  EXPECT_EQ(inactive(*p, 1, codeOf("room_size"), -1).badge, "NO MIX");
+  macros::setValue(*p, 1, 0, 0.5f);
+  EXPECT_FALSE(inactive(*p, 1, codeOf("room_size"), -1));
+  macros::setValue(*p, 1, 0, 0);
+  p->lanes[laneRow(1, 0)].target = u8(automation::firstMacroTarget + 1);
+  EXPECT_FALSE(inactive(*p, 1, codeOf("room_size"), -1));
+  macros::remove(*p, 1, 0);
+
   setSynthKind(t, ORGAN);
   EXPECT_EQ(inactive(*p, 1, codeOf("drawbar_3"), -1).badge, "TYPE");
   t.drawbar_custom = 1;
@@ -123,6 +139,14 @@ TEST(ParamList, FindsRowsByTheirNamesAndByOtherWords) {
   const auto sidechain = found("sidechain");
   EXPECT_EQ(sidechain.size(), 3u);
   EXPECT_TRUE(found("qqqq").empty());
+  auto finds = [&](const char* query, const char* key) {
+    const auto keys = found(query);
+    return std::find(keys.begin(), keys.end(), key) != keys.end();
+  };
+  EXPECT_TRUE(finds("cut", "cutoff")) << "LOW CUT does not hide it";
+  EXPECT_TRUE(finds("cut", "highpass"));
+  EXPECT_EQ(found("Low Cut"), (std::vector<std::string>{"highpass"})) << "a whole label";
+  EXPECT_EQ(found("lfo rate"), (std::vector<std::string>{"lfo_rate"})) << "a whole key";
   EXPECT_EQ(found("").size(), rows(*p, 1).size());
 }
 

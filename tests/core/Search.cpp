@@ -26,6 +26,7 @@ TEST(Search, RanksWholeWordsThenStartsThenTheRest) {
   EXPECT_EQ(rankOf("", "anything"), Match::Exact);
   EXPECT_EQ(rankOf("filter dec", "filter_decay"), Match::WordStart);
   EXPECT_EQ(rankOf("filter xyz", "filter_decay"), Match::None) << "every word must fit";
+  EXPECT_EQ(rankOf("a a a a a a a a xyz", "a"), Match::Exact) << "but only eight of them";
   EXPECT_LT(match("ft", "cutoff"), match("ct", "cutoff")) << "an abbreviation begins with a word";
 }
 

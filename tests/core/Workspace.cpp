@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <limits>
 
 #include "core/Names.h"
 #include "core/ProjectFile.h"
@@ -48,7 +49,9 @@ TEST(Workspace, TracksComeAndGo) {
   TrackMap map;
   p->tracks[3].duck_source = 1;  // Track 0 ducks it
   const std::string third = nameOf(*p, 3);
+  std::fill(std::begin(map), std::end(map), 99);
   EXPECT_STREQ(removeTracks(*p, 0, map).message, "Select a track to remove");
+  EXPECT_EQ(map[15], 15) << "a refused edit moves no Track";
   EXPECT_STREQ(removeTracks(*p, 0xFFFF, map).message, "A project keeps at least one track");
   EXPECT_TRUE(removeTracks(*p, 1u << 0 | 1u << 2, map));
   EXPECT_EQ(p->track_count, 14);
@@ -91,7 +94,7 @@ TEST(Workspace, TracksMoveAsBlocksAndStopAtTheEnds) {
   EXPECT_TRUE(moveTracks(*p, 6, 9, map).changed);
   EXPECT_EQ(order(), "CDAB");
   EXPECT_FALSE(moveTracks(*p, 12, 1, map).changed);
-  EXPECT_TRUE(moveTracks(*p, 12, -2, map).changed);
+  EXPECT_TRUE(moveTracks(*p, 12, std::numeric_limits<int>::min(), map).changed);
   EXPECT_EQ(order(), "ABCD");
   EXPECT_STREQ(renameTrack(*p, 16, "X").message, "No such track");
   EXPECT_STREQ(renameTrack(*p, 1, "  ").message, "A track needs a name");
@@ -134,7 +137,10 @@ TEST(Workspace, LocksBelongToNotes) {
   EXPECT_STREQ(setLock(*p, 1, 0, 3, 60, automation::CUTOFF, 0.5).message, "A Lock belongs to a Note");
   EXPECT_STREQ(setLock(*p, 1, 0, 2, 61, automation::CUTOFF, 0.5).message, "A Lock belongs to a Note");
   EXPECT_STREQ(setLock(*p, 1, 0, 2, 60, automation::LFO_RATE, 0.5).message, "Invalid lock value");
-  EXPECT_STREQ(setLock(*p, 1, 0, 2, 60, automation::firstMacroTarget, 0.5).message, "Invalid lock value");
+  EXPECT_TRUE(setLock(*p, 1, 0, 2, 60, automation::firstMacroTarget, 0.5)) << "as files may hold";
+  EXPECT_TRUE(clearLock(*p, 1, 0, 2, 60, automation::firstMacroTarget));
+  EXPECT_TRUE(std::isnan(lockValue(*p, 1, 0, 2, 60, -1)));
+  EXPECT_FALSE(clearLock(*p, 1, 0, 2, 60, -1));
   EXPECT_STREQ(setLock(*p, 1, 0, 2, 60, automation::CUTOFF, NAN).message, "Invalid lock value");
   EXPECT_STREQ(setLock(*p, 0, 0, 2, 3, automation::CUTOFF, 0.5).message, "A hit locks only PITCH and DECAY");
   EXPECT_TRUE(setLock(*p, 0, 0, 2, 3, automation::PITCH, 0.5));
@@ -186,16 +192,16 @@ TEST(Workspace, LanesAreClaimedAndDrawn) {
   EXPECT_STREQ(addPoint(*p, 2, automation::CUTOFF, 12, 0.1, index).message,
                "Two points are on this time already");
   const int set[] = {index};
-  EXPECT_TRUE(setRest(*p, 2, automation::CUTOFF, set, true).changed);
-  EXPECT_TRUE(std::isnan(laneValueAt(*p, row, 13)));
-  EXPECT_EQ(errorOf(*p), "");
-  EXPECT_TRUE(setRest(*p, 2, automation::CUTOFF, set, false).changed);
-  EXPECT_TRUE(moveLanePoints(*p, 2, automation::CUTOFF, set, 3, 0.2).changed);
-  EXPECT_TRUE(deleteLanePoints(*p, 2, automation::CUTOFF, set).changed);
+  EXPECT_STREQ(setRest(*p, 2, automation::CUTOFF, set, true).message, "No room for more points");
+  const int unsorted[] = {index, index - 1, index};
+  EXPECT_TRUE(workspace::movePoints(*p, 2, automation::CUTOFF, unsorted, 3, 0.2).changed);
+  EXPECT_NEAR(laneValueBefore(*p, row, 15), 0.7, 1e-3);
+  EXPECT_NEAR(laneValueAt(*p, row, 15), 0.3, 1e-3);
+  EXPECT_TRUE(workspace::deletePoints(*p, 2, automation::CUTOFF, set).changed);
   const int none[] = {99};
-  EXPECT_STREQ(deleteLanePoints(*p, 2, automation::CUTOFF, none).message, "No such point");
-  EXPECT_STREQ(clearLaneOf(*p, 2, automation::PAN).message, "No such lane");
-  EXPECT_TRUE(clearLaneOf(*p, 2, automation::CUTOFF).changed);
+  EXPECT_STREQ(workspace::deletePoints(*p, 2, automation::CUTOFF, none).message, "No such point");
+  EXPECT_STREQ(workspace::clearLane(*p, 2, automation::PAN).message, "No such lane");
+  EXPECT_TRUE(workspace::clearLane(*p, 2, automation::CUTOFF).changed);
   EXPECT_EQ(errorOf(*p), "");
 }
 
@@ -219,6 +225,71 @@ TEST(Workspace, PointsThinAndSimplifyKeepTheShape) {
   const LanePoint rests[] = {{0, 0, 0, 0}, {16, 0, 1, 0}, {32, 0, 0, 0}, {48, 0, 0, 0}, {64, 0, 0, 0}};
   setLanePoints(*p, 0, rests, 5);
   EXPECT_EQ(automation::thin(*p, 0, 0, 10, 1), 1) << "beside a rest nothing goes";
+}
+
+TEST(Workspace, ARestKeepsTheLineThatLeadsToIt) {
+  auto p = makeProject();
+  const LanePoint drawn[] = {{0, 0, 0, 0}, {64, 40000, 0, 0}, {128, 20000, 0, 0}, {192, 0, 1, 0}};
+  const int row = laneRow(1, 4), target = automation::CUTOFF;
+  int lane = -1;
+  ASSERT_TRUE(claimLane(*p, 1, target, lane));
+  ASSERT_EQ(lane, row);
+  setLanePoints(*p, row, drawn, 4);
+  const std::string before = projectBytes(*p);
+  const int middle[] = {1}, two[] = {2, 1}, twin[] = {2}, alone[] = {3};
+  EXPECT_TRUE(setRest(*p, 1, target, middle, true).changed);
+  EXPECT_NEAR(laneValueAt(*p, row, 2), 20000 / 65535.0, 1e-6) << "the ramp";
+  EXPECT_TRUE(std::isnan(laneValueAt(*p, row, 4)) && std::isnan(laneValueAt(*p, row, 7.9)));
+  EXPECT_EQ(errorOf(*p), "");
+  EXPECT_FALSE(setRest(*p, 1, target, middle, true).changed);
+  EXPECT_TRUE(setRest(*p, 1, target, twin, false).changed);
+  EXPECT_TRUE(projectBytes(*p) == before) << "by the rest";
+  EXPECT_TRUE(setRest(*p, 1, target, two, true).changed);
+  EXPECT_EQ(p->lanes[row].count, 6);
+  const int values[] = {1, 3};
+  EXPECT_TRUE(setRest(*p, 1, target, values, false).changed);
+  EXPECT_TRUE(projectBytes(*p) == before) << "or by the points before them";
+  EXPECT_TRUE(setRest(*p, 1, target, alone, false).changed);
+  EXPECT_EQ(laneValueAt(*p, row, 13), laneValueAt(*p, row, 8)) << "a rest of its own goes on from before";
+}
+
+TEST(Workspace, ARefusedEditLeavesALaneSwitchedOff) {
+  auto p = makeProject();
+  int lane = -1, index = 5;
+  ASSERT_TRUE(drawLane(*p, 1, automation::CUTOFF, 0, 0, 4, 1));
+  ASSERT_TRUE(addPoint(*p, 1, automation::CUTOFF, 2, 0.5, index));
+  ASSERT_TRUE(addPoint(*p, 1, automation::CUTOFF, 2, 0.5, index));
+  p->lanes[laneFor(*p, 1, automation::CUTOFF)].enabled = 0;
+  std::string before = projectBytes(*p);
+  EXPECT_FALSE(addPoint(*p, 1, automation::CUTOFF, 2, 0.5, index));
+  EXPECT_TRUE(projectBytes(*p) == before);
+  std::vector<LanePoint> full(size_t(limits::lanePoints - p->lanePointCount));
+  for (size_t i = 0; i < full.size(); i++) full[i].position = u32(i);
+  ASSERT_TRUE(setLanePoints(*p, 0, full.data(), int(full.size())));
+  before = projectBytes(*p);
+  for (const int target : {int(automation::CUTOFF), int(automation::PAN)}) {
+    EXPECT_STREQ(drawLane(*p, 1, target, 1, 0, 3, 1).message, "Project full");
+    EXPECT_STREQ(addPoint(*p, 1, target, 3, 0.5, index).message, "Project full");
+  }
+  const int first[] = {0};
+  EXPECT_STREQ(setRest(*p, 1, automation::CUTOFF, first, true).message, "No room for more points");
+  EXPECT_TRUE(projectBytes(*p) == before);
+  EXPECT_TRUE(drawLane(*p, 1, automation::CUTOFF, 0, 0, 4, 1)) << "fewer points than before";
+  EXPECT_EQ(p->lanes[laneFor(*p, 1, automation::CUTOFF)].enabled, 1);
+  // An Engine Lane whose own slot is taken leaves those of the others free.
+  p->lanes[laneRow(2, 0)].target = automation::WIDTH + 1;
+  ASSERT_TRUE(claimLane(*p, 2, automation::ENGINE_1, lane));
+  EXPECT_EQ(lane, laneRow(2, 4));
+}
+
+TEST(Workspace, BandsBendByTheirNearness) {
+  const float base[10] = {0, 1, 2, 3, 4, 5, 6, 7, 8, 20};
+  float bands[10] = {};
+  bendEq(bands, base, 1u << 5, 4, 8);
+  const float expected[10] = {0, 3, 6, 9, 12, 5, 10, 9, 8, 20};
+  for (int k = 0; k < 10; k++) EXPECT_FLOAT_EQ(bands[k], expected[k]) << k;
+  bendEq(bands, base, 0, 9, 8);
+  EXPECT_EQ(bands[9], 24);
 }
 
 TEST(Workspace, PointsStayInTheirPlaces) {
@@ -263,7 +334,9 @@ TEST(Workspace, RandomEditsKeepTheProjectValidAndRefusalsKeepItsBytes) {
       case 8:
       case 9: result = drawLane(*p, t, target, a, r.unit(), b, r.unit()); break;
       case 10: result = addPoint(*p, t, target, a, r.unit(), lane); break;
-      case 11: result = moveLanePoints(*p, t, target, point(), r.unit() * 20 - 10, r.unit() - 0.5); break;
+      case 11:
+        result = workspace::movePoints(*p, t, target, point(), r.unit() * 20 - 10, r.unit() - 0.5);
+        break;
       case 12: result = setRest(*p, t, target, point(), r.chance(50)); break;
       case 13: result = simplifyLane(*p, t, target, 0, a, 0.01, 1, 0.01); break;
       default: result = renameTrack(*p, t, r.chance(30) ? "" : "N" + std::to_string(r.below(99)));
