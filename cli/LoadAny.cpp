@@ -9,6 +9,7 @@
 #include "cli/Error.h"
 #include "core/ProjectFile.h"
 #include "core/model/Validate.h"
+#include "core/sounds/Macros.h"
 #include "spec/Build.h"
 
 namespace synth::cli {
@@ -34,10 +35,6 @@ bool startsLikeJson(std::string_view bytes) {
   }
 }
 
-bool isSpecPath(const std::string& path) {
-  return path.size() > 5 && path.compare(path.size() - 5, 5, ".json") == 0;
-}
-
 std::string bytesOf(const std::string& path) {
   requireFile(path);
   std::string bytes, error;
@@ -56,16 +53,19 @@ Json parseSpec(const std::string& text) {
   return spec;
 }
 
-[[noreturn]] void cannotLoad(const std::string& path, const std::string& error) {
+[[noreturn]] void cannotLoad(const std::string& path, const std::string& bytes, const std::string& error) {
   const bool version = error.compare(0, 19, "Unsupported project") == 0;
-  throw CliError("invalid_project", "Cannot load " + path + ": " + error,
-                 version ? "Projects must be format version " + std::to_string(projectFormatVersion) : "");
+  std::string hint;
+  if (version) hint = "Projects must be format version " + std::to_string(projectFormatVersion);
+  if (startsLikeJson(bytes))
+    hint = "This looks like a spec; first: quorel project build " + path + " song.quorel";
+  throw CliError("invalid_project", "Cannot load " + path + ": " + error, hint);
 }
 
 ProjectPtr projectIn(const std::string& path, const std::string& bytes) {
   auto project = newProject();
   std::string error;
-  if (!readProjectImage(bytes, *project, error)) cannotLoad(path, error);
+  if (!readProjectImage(bytes, *project, error)) cannotLoad(path, bytes, error);
   return project;
 }
 
@@ -77,6 +77,10 @@ void refuseApp(const std::string& path) {
 
 }  // namespace
 
+bool isSpecPath(const std::string& path) {
+  return path.size() > 5 && path.compare(path.size() - 5, 5, ".json") == 0;
+}
+
 bool isProject(const std::string& path) {
   if (path == appPath || isSpecPath(path) || path.ends_with(".quorel")) return true;
   std::ifstream file(path, std::ios::binary);
@@ -84,6 +88,22 @@ bool isProject(const std::string& path) {
   file.read(head, sizeof head);
   const std::string_view begin(head, size_t(file.gcount()));
   return begin.starts_with("SYNTHPRJ") || startsLikeJson(begin);
+}
+
+std::string foreignTargetHint(const Project& p, bool editing) {
+  for (int t = 0; t < limits::tracks; t++) {
+    int slot = 0, at = 0;
+    if (!macros::foreignTarget(p.tracks[t], slot, at)) continue;
+    const MacroTarget& target = p.tracks[t].macros[slot].targets[at];
+    const param::Info& info = *param::find(target.param);
+    const std::string name = macros::name(p.tracks[t], slot);
+    const std::string pad = info.scope == param::ScopePad ? " --pad " + std::to_string(target.pad) : "";
+    const std::string what = name + " moves " + info.key + ", which this sound does not have: ";
+    if (!editing) return what + "take it out of the Macro's targets";
+    return what + "quorel macro unmap FILE " + name + " " + info.key + pad + " --track " + std::to_string(t) +
+           " first";
+  }
+  return "";
 }
 
 ProjectPtr loadProjectFile(const std::string& path) {
@@ -98,7 +118,8 @@ ProjectPtr buildSpec(const Json& spec) {
     auto project = spec::build(spec);
     std::string error;
     if (!validateProject(*project, error))
-      throw CliError("invalid_project", "The spec builds an invalid project: " + error);
+      throw CliError("invalid_project", "The spec builds an invalid project: " + error,
+                     foreignTargetHint(*project, false));
     return project;
   } catch (const spec::SpecError& error) {
     throw CliError(error.code(), error.message(), error.hint());

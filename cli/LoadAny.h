@@ -23,4 +23,9 @@ Json readSpec(const std::string& path);
 // Builds and validates.
 ProjectPtr buildSpec(const Json& spec);
 
+bool isSpecPath(const std::string& path);
+// What to do about a Macro that moves a value its sound does not have, as after a change of the Engine; ""
+// where there is none. `editing` a project rather than building a spec.
+std::string foreignTargetHint(const Project& project, bool editing);
+
 }  // namespace synth::cli

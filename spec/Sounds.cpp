@@ -22,10 +22,11 @@ constexpr const char* busPinHint =
     "A Send effect pins its own effect's values and RETURN; the Master its LEVEL, COMP, RELEASE, SATURATE, "
     "CEILING and EQ bands";
 
-// A number of a Macro target; NaN where it is missing or none.
+// A number of a Macro target; NaN where it is missing, none, or more than any amount may be.
 f32 amountAt(const Json& target, const char* key) {
   const Json* value = target.find(key);
-  return value && value->isNumber() ? f32(value->number()) : std::numeric_limits<f32>::quiet_NaN();
+  const bool usable = value && value->isNumber() && std::fabs(value->number()) <= macros::largestAmount;
+  return usable ? f32(value->number()) : std::numeric_limits<f32>::quiet_NaN();
 }
 
 // What a Macro of that Track may move, for hints.
@@ -45,7 +46,9 @@ Window windowOf(const Json& target) {
   const bool pair = value->isArray() && value->items().size() == 2 && value->items()[0].isNumber() &&
                     value->items()[1].isNumber();
   if (!pair) throw SpecError("A window is [from, to] on the Macro's travel");
-  return {f32(value->items()[0].number()), f32(value->items()[1].number())};
+  const double from = value->items()[0].number(), to = value->items()[1].number();
+  if (!(from >= 0 && from < to && to <= 1)) throw SpecError(macros::badWindow);
+  return {f32(from), f32(to)};
 }
 
 void readMacroTarget(Project& p, int t, int slot, const Json& target, const std::string& where) {
@@ -62,12 +65,15 @@ void readMacroTarget(Project& p, int t, int slot, const Json& target, const std:
     throw SpecError("A unipolar Macro has no \"amount_down\"");
   const f32 down = amountAt(target, "amount_down");
   if (target.find("amount_down") && std::isnan(down))
-    throw SpecError("The amount at -100 % must be a number");
+    throw SpecError("The amount at -100 % must be a number", macros::amountHint);
   const int pad = integerAt(target, "pad", where, 0, limits::pads - 1, -1);
   const Window window = windowOf(target);
   std::string error;
-  if (!macros::map(p, t, slot, *info, pad, amountAt(target, "amount"), down, window.from, window.to, error))
-    throw SpecError(error);
+  const int before = macro.targetCount;
+  const f32 amount = amountAt(target, "amount");
+  if (!macros::map(p, t, slot, *info, pad, amount, down, window.from, window.to, error))
+    throw SpecError(error, std::isnan(amount) ? macros::amountHint : "");
+  if (macro.targetCount == before) throw SpecError("moves " + key->string() + " twice");
 }
 
 bool isBipolar(const Json& macro) {
@@ -81,17 +87,35 @@ bool isBipolar(const Json& macro) {
 void readMacro(Project& p, int t, const Json& macro, const std::string& name, const std::string& where) {
   checkKeys(macro, where, {"name", "polarity", "value", "targets"});
   const bool bipolar = isBipolar(macro);
-  if (macros::cleanName(name).empty() || macros::find(p.tracks[t], name) >= 0)
+  const std::string clean = macros::cleanName(name);
+  if (clean.empty() || macros::find(p.tracks[t], clean) >= 0)
     throw SpecError("Macro names are single words, unique in the sound, not a parameter key");
   std::string error;
   const int slot = macros::add(p, t, name, bipolar, 0, error);
   if (slot < 0) throw SpecError(error);
-  if (const Json* value = macro.find("value")) readMacroValue(p.tracks[t], macros::cleanName(name), *value);
+  if (const Json* value = macro.find("value")) readMacroValue(p.tracks[t], clean, *value);
   const Json* targets = macro.find("targets");
   if (!targets) return;
   const Json::Items& items = list(*targets, "A Macro's \"targets\" is an array");
   for (size_t i = 0; i < items.size(); i++)
     readMacroTarget(p, t, slot, items[i], placeOf(where + ".targets", i));
+}
+
+void readMacroList(Project& p, int t, const Json& value) {
+  if (value.isNull()) return;
+  const Json::Items& items =
+      list(value, "\"macros\" is an array of {\"name\", \"polarity\", \"value\", \"targets\"}");
+  for (size_t i = 0; i < items.size(); i++) {
+    const std::string where = placeOf("macros", i);
+    requireObject(items[i], where);
+    const Json* name = items[i].find("name");
+    if (!name || !name->isString()) throw SpecError("A Macro's name is a string");
+    try {
+      readMacro(p, t, items[i], name->string(), where);
+    } catch (const SpecError& error) {
+      throw SpecError(error.fault(), "Macro " + name->string() + ": " + error.message(), error.hint());
+    }
+  }
 }
 
 // The texts of a list of Pins, each of which `valid` accepts.
@@ -124,7 +148,7 @@ void readBusRow(Project& p, const Json& object, const std::string& where) {
 }  // namespace
 
 bool readMacroValue(Track& track, const std::string& name, const Json& value) {
-  const int slot = name.empty() || name[0] < 'A' || name[0] > 'Z' ? -1 : macros::find(track, name);
+  const int slot = macros::inCapitals(name) ? macros::slotNamed(track, name) : -1;
   if (slot < 0) return false;
   MacroRec& macro = track.macros[slot];
   const double lo = macro.polarity ? -1 : 0;
@@ -138,22 +162,13 @@ bool readMacroValue(Track& track, const std::string& name, const Json& value) {
 
 void readMacros(Project& p, int t, const Json& value) {
   Track& track = p.tracks[t];
+  const Track old = track;
   for (MacroRec& macro : track.macros) macro = MacroRec{};
   track.macroCount = 0;
-  if (value.isNull()) return;
-  const Json::Items& items =
-      list(value, "\"macros\" is an array of {\"name\", \"polarity\", \"value\", \"targets\"}");
-  for (size_t i = 0; i < items.size(); i++) {
-    const std::string where = placeOf("macros", i);
-    requireObject(items[i], where);
-    const Json* name = items[i].find("name");
-    if (!name || !name->isString()) throw SpecError("A Macro's name is a string");
-    try {
-      readMacro(p, t, items[i], name->string(), where);
-    } catch (const SpecError& error) {
-      throw SpecError(error.fault(), "Macro " + name->string() + ": " + error.message(), error.hint());
-    }
-  }
+  readMacroList(p, t, value);
+  // What named a Macro by its place finds the one of its name, or goes.
+  macros::follow(p, t, old);
+  macros::followPins(track, old);
 }
 
 void readPins(Track& track, const Json& value) {

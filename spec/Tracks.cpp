@@ -2,9 +2,11 @@
 
 #include <cmath>
 
+#include "base/Suggest.h"
 #include "base/Text.h"
 #include "core/Names.h"
 #include "core/model/Defaults.h"
+#include "core/sounds/Macros.h"
 #include "spec/Sounds.h"
 #include "spec/Values.h"
 
@@ -27,13 +29,25 @@ void readPresetName(Track& track, const Json& name, const std::string& where) {
   setName(track.preset_name, name.string());
 }
 
+[[noreturn]] void refuseMacro(const Track& track, const std::string& name) {
+  std::vector<std::string> known = macros::names(track);
+  for (const param::Info& info : param::all())
+    if (info.scope == param::ScopeTrack) known.emplace_back(info.key);
+  const std::string near = suggest(name, known);
+  throw SpecError(
+      Fault::UnknownParameter, "Unknown track parameter " + name,
+      near.empty() ? "A name in capitals is a Macro of the sound: give the track \"macros\"" : near);
+}
+
 // A Macro is set by its name in capitals beside the registry's keys.
 void readParams(Project& p, int t, const Json& params, const std::string& where) {
   requireObject(params, where + ".params");
   inPlace(where + ".params", [&] {
-    for (const Json::Member& member : params.members())
-      if (!readMacroValue(p.tracks[t], member.key, member.value))
-        applyValue(p, parameterOf(member.key, param::ScopeTrack), member.value, t, 0);
+    for (const Json::Member& member : params.members()) {
+      if (readMacroValue(p.tracks[t], member.key, member.value)) continue;
+      if (macros::inCapitals(member.key)) refuseMacro(p.tracks[t], member.key);
+      applyValue(p, parameterOf(member.key, param::ScopeTrack), member.value, t, 0);
+    }
   });
 }
 

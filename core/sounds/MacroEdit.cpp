@@ -161,6 +161,13 @@ void prune(Project& p, int track) {
   rewriteAll(p, track, [count](int slot) { return slot < count ? slot : -1; });
 }
 
+bool padFits(const param::Info& info, int pad, std::string& error) {
+  const bool perPad = info.scope == param::ScopePad;
+  if (perPad ? pad >= 0 && pad < limits::pads : pad < 0) return true;
+  error = std::string(info.key) + (perPad ? " needs a Pad 0..7" : " takes no Pad");
+  return false;
+}
+
 bool map(Project& p, int track, int slot, const param::Info& info, int pad, f32 amount, f32 amountDown,
          f32 from, f32 to, std::string& error) {
   auto refuse = [&](const std::string& why) {
@@ -171,9 +178,7 @@ bool map(Project& p, int track, int slot, const param::Info& info, int pad, f32 
   Track& t = p.tracks[track];
   MacroRec& macro = t.macros[slot];
   if (!targetable(info, t.track_kind, t.engine)) return refuse(refusal(info));
-  const bool perPad = info.scope == param::ScopePad;
-  if (perPad && (pad < 0 || pad >= limits::pads)) return refuse(std::string(info.key) + " needs a Pad 0..7");
-  if (!perPad && pad >= 0) return refuse(std::string(info.key) + " takes no Pad");
+  if (!padFits(info, pad, error)) return false;
   if (!fits(amount)) return refuse("The amount must be a number");
   if (std::isnan(amountDown)) amountDown = -amount;
   if (!macro.polarity) amountDown = 0;
@@ -181,11 +186,11 @@ bool map(Project& p, int track, int slot, const param::Info& info, int pad, f32 
   amount += 0.0f;
   amountDown += 0.0f;
   if (!fits(amountDown)) return refuse("The amount at -100 % must be a number");
-  if (!(from >= 0 && from < to && to <= 1)) return refuse("A window is FROM..TO with 0 <= FROM < TO <= 1");
+  if (!(from >= 0 && from < to && to <= 1)) return refuse(badWindow);
 
   MacroTarget target;
   target.param = info.id;
-  target.pad = perPad ? u8(pad) : 0;
+  target.pad = u8(std::max(pad, 0));
   target.amount = amount;
   target.amount_down = amountDown;
   target.window_from = from;

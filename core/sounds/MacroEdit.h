@@ -20,6 +20,8 @@ void prune(Project& project, int track);
 // without Pads; `amountDown` NaN mirrors `amount`.
 bool map(Project& project, int track, int slot, const param::Info& info, int pad, f32 amount, f32 amountDown,
          f32 from, f32 to, std::string& error);
+// Whether a value has Pads and one is named, or has none and none is.
+bool padFits(const param::Info& info, int pad, std::string& error);
 bool unmap(Project& project, int track, int slot, const param::Info& info, int pad);
 
 bool setValue(Project& project, int track, int slot, f32 value);
@@ -36,6 +38,8 @@ void followPins(Track& now, const Track& old);
 std::string refusal(const param::Info& info);
 inline constexpr const char* panelRefusal =
     " cannot be a Macro target · a Macro moves the sound's continuous values and the Sends";
+inline constexpr const char* badWindow = "A window is FROM..TO with 0 <= FROM < TO <= 1";
+inline constexpr const char* amountHint = "Range -1000..1000";
 inline constexpr const char* notAnotherMacro = "A Macro cannot move another Macro";
 inline constexpr const char* notOnBuses = "Send effects and the Master have no Macros";
 

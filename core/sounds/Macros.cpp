@@ -118,6 +118,13 @@ std::string name(const Track& track, int slot) {
   return there ? std::string(nameText(track.macros[slot].name)) : "";
 }
 
+std::vector<std::string> names(const Track& track) {
+  std::vector<std::string> all;
+  for (int slot = 0; slot < std::min<int>(track.macroCount, limits::macros); slot++)
+    all.push_back(name(track, slot));
+  return all;
+}
+
 int slotNamed(const Track& track, std::string_view name) {
   const int slot = find(track, name);
   if (slot >= 0) return slot;

@@ -135,6 +135,9 @@ TEST(MacroRules, MapChecksEverythingAndKeepsPlaces) {
   EXPECT_EQ(map(bi, "cutoff", -1, 1, INFINITY, 0, 1), "The amount at -100 % must be a number");
   for (auto [from, to] : {std::pair{0.5f, 0.5f}, {-0.1f, 1.0f}, {0.0f, 1.1f}, {NAN, 1.0f}})
     EXPECT_EQ(map(uni, "cutoff", -1, 1, mirror, from, to), "A window is FROM..TO with 0 <= FROM < TO <= 1");
+  EXPECT_EQ(map(bi, "insert_drive", -1, 0, mirror, 0, 1), "");
+  EXPECT_FALSE(std::signbit(p->tracks[1].macros[bi].targets[0].amount_down)) << "nothing, mirrored, is 0";
+  EXPECT_TRUE(macros::unmap(*p, 1, bi, row("insert_drive"), -1));
   EXPECT_EQ(map(uni, "cutoff", -1, 1, 3, 0, 1), "");
   EXPECT_EQ(map(bi, "cutoff", -1, 1, mirror, 0, 1), "");
   EXPECT_EQ(map(bi, "room_mix", -1, 0.5f, 0.5f, 0.2f, 0.9f), "");
@@ -287,6 +290,8 @@ TEST(MacroRules, APlanHoldsEachTargetOnce) {
   EXPECT_EQ(plan->linkCount, 3);
   EXPECT_EQ(plan->entries[0].target, automation::CUTOFF);
   EXPECT_EQ(plan->entries[0].macros, 3);
+  EXPECT_EQ(plan->targetMacros[automation::CUTOFF], 3);
+  EXPECT_EQ(plan->targetMacros[automation::PAN], 0);
   EXPECT_EQ(plan->entries[1].target, -1);
   macros::buildPlan(*p, 99, *plan);
   EXPECT_EQ(plan->linkCount, 0);
@@ -302,6 +307,12 @@ TEST(Pins, DefaultsBecomeOnesOwnWithTheFirstChange) {
   EXPECT_FALSE(pins::pin(t, "pad_tone"));
   EXPECT_TRUE(pins::pin(t, "cutoff"));
   EXPECT_FALSE(pins::pin(t, "cutoff"));
+  std::string error;
+  macros::add(*p, 1, "WARM", false, 0, error);
+  EXPECT_TRUE(pins::pin(t, "warm"));
+  EXPECT_TRUE(pins::pinned(t, "Warm"));
+  EXPECT_FALSE(pins::pin(t, "warm")) << "a Macro is one Pin however it is spelled";
+  EXPECT_TRUE(pins::unpin(t, "warm"));
   EXPECT_TRUE(pins::move(t, 0, 3));
   EXPECT_EQ(pins::keys(t)[3], "engine1");
   EXPECT_FALSE(pins::move(t, 0, 99));

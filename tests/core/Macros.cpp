@@ -98,6 +98,7 @@ TEST(Macros, AreRefusedWhenMalformed) {
       {"Invalid Macro target of ONE", [](Track& t) { t.macros[0].targets[0].amount = 1000.1f; }},
       {"Invalid Macro target of ONE", [](Track& t) { t.macros[0].targets[0].amount = NAN; }},
       {"Invalid Macro target of ONE", [](Track& t) { t.macros[0].targets[0].amount_down = -1; }},
+      {"Invalid Macro target of ONE", [](Track& t) { t.macros[0].targets[0].amount_down = -0.0f; }},
       {"Invalid Macro target of ONE", [](Track& t) { t.macros[0].targets[0].window_from = 1; }},
       {"Invalid Macro target of ONE", [](Track& t) { t.macros[0].targets[0].window_from = -0.1f; }},
       {"Invalid Macro target of ONE", [](Track& t) { t.macros[0].targets[0].window_to = 1.1f; }},
@@ -124,6 +125,8 @@ TEST(Macros, AreFoundByNameInAnyCase) {
   EXPECT_EQ(find(t, "ONE"), 0);
   EXPECT_EQ(find(t, "THREE"), -1);
   EXPECT_EQ(find(t, ""), -1);
+  EXPECT_EQ(name(t, 1), "TWO");
+  EXPECT_EQ(name(t, 2) + name(t, -1), "");
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include "core/model/Defaults.h"
 #include "core/model/Lanes.h"
 #include "core/params/Targets.h"
+#include "core/sounds/Pins.h"
 #include "core/sounds/SendPresets.h"
 #include "support/Cli.h"
 
@@ -68,6 +69,11 @@ TEST(AcceptedSections, TrackKeysApplyInTheirOwnOrder) {
       built(R"({"tracks": [{"index": 2, "params": {"cutoff": 500}}, {"index": 2, "params": {"pan": 1}}]})");
   EXPECT_EQ(twice->tracks[2].cutoff, 500);
   EXPECT_EQ(twice->tracks[2].pan, 1);
+  // Macros that replace others take over the Pins of those of the same name.
+  auto other =
+      built(R"({"tracks": [{"index": 2, "macros": [{"name": "A"}, {"name": "B"}], "pins": ["A", "pan", "B"]},
+                                    {"index": 2, "macros": [{"name": "C"}, {"name": "D"}, {"name": "B"}]}]})");
+  EXPECT_EQ(pins::keys(other->tracks[2]), (pins::Keys{"pan", "B"}));
 }
 
 TEST(AcceptedSections, ProjectReadsTypesThenPresetsThenValues) {

@@ -6,6 +6,7 @@
 #include "core/model/Lanes.h"
 #include "core/model/Patterns.h"
 #include "core/params/Registry.h"
+#include "core/sounds/MacroEdit.h"
 #include "spec/Diff.h"
 #include "support/Cli.h"
 #include "support/RandomProject.h"
@@ -119,6 +120,16 @@ TEST(Differences, AreWrittenInTheWordsOfASpec) {
           R"({"path":"lanes[I/0]","added":{"bus":"I","lane":0,"target":"FX1_RETURN","points":[[0.5,null],[1,1]]}},)"
           R"({"path":"master[2]","added":{"lane":2,"target":"GAIN","enabled":false,"points":[]}},)"
           R"({"path":"markers[4]","added":{"at":4,"name":"Drop"}}])");
+}
+
+TEST(Differences, AMacroThatOnlyMovedItsPlaceIsNone) {
+  auto p = built(R"({"tracks": [{"index": 1, "macros": [{"name": "A"}, {"name": "B"}], "pins": ["B", "pan"]}],
+    "patterns": [{"track": 1, "notes": [[0, 60, 100]], "locks": [[0, "B", 1]]}],
+    "clips": [{"track": 1, "at": 0, "pattern": 0}],
+    "lanes": [{"track": 1, "target": "B", "points": [[0, 1]]}]})");
+  auto other = copyOf(*p);
+  macros::remove(*other, 1, 0);
+  EXPECT_EQ(pathsOf(spec::diffProjects(*p, *other)), (Paths{"tracks[1].macros"}));
 }
 
 TEST(Differences, LocksMacrosPinsAndSamplesCount) {

@@ -55,6 +55,13 @@ TEST(SpecMistakes, KeysOfTheRegistry) {
         "Parameter bpm is a project parameter, used in the project section", "Put it in \"project\""},
        {R"({"pads": [{"index": 0, "params": {"bpm": 100}}]})",
         "Parameter bpm is a project parameter, used in the project section", "Put it in \"project\""}});
+  const std::string swell = R"({"tracks": [{"index": 1, "macros": [{"name": "SWELL"}], "params": {)";
+  expectMistakes("unknown_parameter", swell, "}}]}",
+                 {{R"("SWEL": 0.5)", "Unknown track parameter SWEL", "Did you mean: SWELL"},
+                  {R"("CUTOFF": 900)", "Unknown track parameter CUTOFF", "Did you mean: cutoff"},
+                  {R"("MACRO_2": 0.5)", "Unknown track parameter MACRO_2", ""},
+                  {R"("XQZW": 0.5)", "Unknown track parameter XQZW", "is a Macro of the sound"}});
+  EXPECT_EQ(verdictOn(parsed(swell + R"("MACRO_1": 0.5}}]})")).message, "");
   EXPECT_EQ(verdictOn(parsed(withParams("\"SWELL\": 0.5"))).code, "unknown_parameter");
 }
 
@@ -166,6 +173,14 @@ TEST(SpecMistakes, SoundsSayWhatIsWrongWithTheirMacrosAndPins) {
       {track(R"("macros": [{"value": 1}])"), "A Macro's name is a string"},
       {track(R"("macros": [{"name": "CUTOFF"}])"),
        "Macro CUTOFF: Macro names are single words, unique in the sound, not a parameter key"},
+      {track(R"("macros": [{"name": "A"}, {"name": " a "}])"),
+       "Macro  a : Macro names are single words, unique in the sound, not a parameter key"},
+      {macro(R"("targets": [{"key": "cutoff", "amount": 1}, {"key": "cutoff", "amount": 2}])"),
+       "Macro SWELL: moves cutoff twice"},
+      {macro(R"("targets": [{"key": "cutoff", "amount": 1e300}])"),
+       "Macro SWELL: The amount must be a number"},
+      {macro(R"("targets": [{"key": "cutoff", "amount": 1, "window": [0, 1.00000001]}])"),
+       "Macro SWELL: A window is FROM..TO with 0 <= FROM < TO <= 1"},
       {track(R"("macros": [{"name": "A"}, {"name": "A"}])"),
        "Macro A: Macro names are single words, unique in the sound, not a parameter key"},
       {macro(R"("polarity": "both")"), "Macro SWELL: A Macro's \"polarity\" is \"uni\" or \"bi\""},
@@ -211,6 +226,10 @@ TEST(SpecMistakes, SoundsSayWhatIsWrongWithTheirMacrosAndPins) {
   EXPECT_EQ(verdictOn(macro(R"("targets": [{"key": "cutof", "amount": 1}])")).hint.substr(0, 21),
             "Did you mean: cutoff?");
   EXPECT_EQ(verdictOn(track(R"("macros": [], "pins": null, "sample": null)")).message, "");
+  const Verdict foreign = verdictOn(parsed(R"({"tracks": [{"index": 1, "macros": [{"name": "BITE", "targets":
+    [{"key": "osc_b_level", "amount": 1}]}]}, {"index": 1, "params": {"engine": "PERC"}}]})"));
+  EXPECT_EQ(foreign.message, "The spec builds an invalid project: Invalid Macro target of BITE");
+  EXPECT_NE(foreign.hint.find("BITE moves osc_b_level"), std::string::npos) << foreign.hint;
   EXPECT_EQ(verdictOn(track(R"("macros": [{"name": "swell", "polarity": "bi", "targets": [{"key": "cutoff",
     "amount": 2}]}], "params": {"SWELL": -0.5}, "pins": ["SWELL", "cutoff"])"))
                 .message,
