@@ -16,7 +16,7 @@ namespace synth::cli {
 namespace {
 
 // The first words of two-word commands.
-constexpr const char* groups[] = {"project", "app", "agents", "sample", "preset"};
+constexpr const char* groups[] = {"project", "app", "agents", "sample", "preset", "macro"};
 
 std::vector<std::string> commandNames() {
   std::vector<std::string> names;

@@ -48,6 +48,10 @@ Json macroJson(const Project& p, int t, int slot) {
 
 // ---- Reading the arguments.
 
+CliError refused(const std::string& why, const std::string& hint = {}) {
+  return CliError("invalid_macro", why, hint);
+}
+
 int trackOf(const Args& args, const Project& p, const char* command) {
   if (!args.has("track")) throw usage(std::string(command) + " needs --track", "The track's index or name");
   return trackOption(p, args.at("track"));
@@ -61,8 +65,7 @@ std::string trackTitle(const Project& p, int t) {
 int macroOf(const Project& p, int t, const std::string& name) {
   const int slot = macros::slotNamed(p.tracks[t], name);
   if (slot >= 0) return slot;
-  std::vector<std::string> names;
-  for (int m = 0; m < p.tracks[t].macroCount; m++) names.emplace_back(nameText(p.tracks[t].macros[m].name));
+  const std::vector<std::string> names = macros::names(p.tracks[t]);
   const std::string near = suggest(name, names);
   throw CliError("unknown_macro", trackTitle(p, t) + " has no Macro " + name,
                  names.empty()  ? "Add one with: quorel macro add"
@@ -70,7 +73,8 @@ int macroOf(const Project& p, int t, const std::string& name) {
                                 : near);
 }
 
-const param::Info& parameterOf(const std::string& key) {
+const param::Info& parameterOf(const Track& track, const std::string& key) {
+  if (macros::slotNamed(track, key) >= 0) throw refused(macros::notAnotherMacro);
   if (const param::Info* info = param::find(text::lower(key))) return *info;
   std::vector<std::string> keys;
   for (const param::Info& info : param::all())
@@ -80,8 +84,9 @@ const param::Info& parameterOf(const std::string& key) {
                  near.empty() ? "List them with: quorel params --scope track" : near);
 }
 
-// A number in the target's perceptual unit, or a ratio of times as ×N or xN.
-f32 amountOf(const param::Info& info, const std::string& text) {
+// A number in the target's perceptual unit, as "1.5" or "+1.5", or a ratio of times as ×N or xN. `refusal` is
+// what is said of a number that is too large.
+f32 amountOf(const param::Info& info, const std::string& text, const char* refusal) {
   for (const std::string sign : {"×", "x", "X"}) {
     if (text.compare(0, sign.size(), sign) != 0) continue;
     double ratio = 0;
@@ -93,7 +98,9 @@ f32 amountOf(const param::Info& info, const std::string& text) {
     return f32(math::log2(ratio));
   }
   double number = 0;
-  if (!decimal(text, number)) throw usage("An amount is a number or ×N, got " + text);
+  const bool plus = text.size() > 1 && text[0] == '+' && text[1] != '+' && text[1] != '-';
+  if (!decimal(plus ? text.substr(1) : text, number)) throw usage("An amount is a number or ×N, got " + text);
+  if (std::fabs(number) > macros::largestAmount) throw refused(refusal, macros::amountHint);
   return f32(number);
 }
 
@@ -107,12 +114,11 @@ Window windowOf(const Args& args) {
   double from = 0, to = 0;
   if (dots == text.npos || !decimal(text.substr(0, dots), from) || !decimal(text.substr(dots + 2), to))
     throw usage("--window is A..B with 0 <= A < B <= 1, got " + text);
+  if (!(from >= 0 && from < to && to <= 1)) throw refused(macros::badWindow);
   return {f32(from), f32(to)};
 }
 
 int padOf(const Args& args) { return intOption(args, "pad", -1, 0, limits::pads - 1); }
-
-CliError refused(const std::string& why) { return CliError("invalid_macro", why); }
 
 // ---- The commands.
 
@@ -165,12 +171,12 @@ Json remove(const Args& args) {
 Json map(const Args& args) {
   return editProject(args, "MAP MACRO", [&](Project& p) {
     const int t = trackOf(args, p, "macro map"), slot = macroOf(p, t, args.positionals[1]);
-    const param::Info& info = parameterOf(args.positionals[2]);
-    const f32 amount = amountOf(info, args.positionals[3]);
+    const param::Info& info = parameterOf(p.tracks[t], args.positionals[2]);
+    const f32 amount = amountOf(info, args.positionals[3], "The amount must be a number");
     f32 down = std::numeric_limits<f32>::quiet_NaN();
     if (args.has("down")) {
       if (!p.tracks[t].macros[slot].polarity) throw usage("--down is for bipolar Macros");
-      down = amountOf(info, args.at("down"));
+      down = amountOf(info, args.at("down"), "The amount at -100 % must be a number");
     }
     const Window window = windowOf(args);
     std::string error;
@@ -183,10 +189,13 @@ Json map(const Args& args) {
 Json unmap(const Args& args) {
   return editProject(args, "UNMAP MACRO", [&](Project& p) {
     const int t = trackOf(args, p, "macro unmap"), slot = macroOf(p, t, args.positionals[1]);
-    const param::Info& info = parameterOf(args.positionals[2]);
-    if (!macros::unmap(p, t, slot, info, padOf(args)))
-      throw refused("Macro " + std::string(nameText(p.tracks[t].macros[slot].name)) + " does not move " +
-                    info.key);
+    const param::Info& info = parameterOf(p.tracks[t], args.positionals[2]);
+    const int pad = padOf(args);
+    std::string error;
+    if (!macros::padFits(info, pad, error)) throw refused(error);
+    if (!macros::unmap(p, t, slot, info, pad))
+      throw refused("Macro " + macros::name(p.tracks[t], slot) + " does not move " + info.key +
+                    (pad >= 0 ? " on Pad " + std::to_string(pad) : ""));
     return std::move(Json::object().add("macro", macroJson(p, t, slot)));
   });
 }
@@ -194,10 +203,7 @@ Json unmap(const Args& args) {
 Json set(const Args& args) {
   return editProject(args, "SET " + text::upper(args.positionals[1]), [&](Project& p) {
     const int t = trackOf(args, p, "macro set"), slot = macroOf(p, t, args.positionals[1]);
-    double value = 0;
-    if (!decimal(args.positionals[2], value))
-      throw usage("A Macro's value is a number, got " + args.positionals[2]);
-    setMacroValue(p.tracks[t].macros[slot], value);
+    setMacroValue(p.tracks[t].macros[slot], args.positionals[2]);
     return Json::object();
   });
 }

@@ -36,17 +36,25 @@ Json jsonOf(const std::string& text) {
   return decimal(text, number) ? Json(number) : Json(text);
 }
 
-bool setMacro(Track& track, const std::string& name, const Json& value) {
-  const int slot = name.empty() || name[0] < 'A' || name[0] > 'Z' ? -1 : macros::slotNamed(track, name);
+bool setMacro(Track& track, const std::string& name, const std::string& text) {
+  const int slot = macros::inCapitals(name) ? macros::slotNamed(track, name) : -1;
   if (slot < 0) return false;
-  setMacroValue(track.macros[slot], value.isNumber() ? value.number() : NAN);
+  setMacroValue(track.macros[slot], text);
   return true;
 }
 
+// A Macro's name without the Track that has it.
+void refuseMacroAlone(const Project& p, const std::string& key) {
+  for (int t = 0; macros::inCapitals(key) && t < p.track_count; t++)
+    if (macros::slotNamed(p.tracks[t], key) >= 0)
+      throw usage(key + " is a Macro of a track",
+                  "Name the track with --track, as --track " + std::to_string(t));
+}
+
 [[noreturn]] void unknownKey(const Project& p, const Place& place, const std::string& key) {
+  if (place.track < 0) refuseMacroAlone(p, key);
   std::vector<std::string> keys;
-  for (int m = 0; place.track >= 0 && m < p.tracks[place.track].macroCount; m++)
-    keys.emplace_back(nameText(p.tracks[place.track].macros[m].name));
+  if (place.track >= 0) keys = macros::names(p.tracks[place.track]);
   for (const param::Info& info : param::all()) keys.push_back(info.key);
   const std::string hint = suggest(key, keys);
   throw CliError("unknown_parameter", "Unknown parameter " + key,
@@ -57,8 +65,8 @@ void assign(Project& p, const Place& place, const std::string& text) {
   const size_t equals = text.find('=');
   if (equals == text.npos || equals == 0) throw usage("An assignment is KEY=VALUE, got " + text);
   const std::string key = text.substr(0, equals);
+  if (place.track >= 0 && setMacro(p.tracks[place.track], key, text.substr(equals + 1))) return;
   const Json value = jsonOf(text.substr(equals + 1));
-  if (place.track >= 0 && setMacro(p.tracks[place.track], key, value)) return;
   const param::Info* info = param::find(key);
   if (!info) unknownKey(p, place, key);
   if (info->scope == param::ScopePad && place.pad < 0)

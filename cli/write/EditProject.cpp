@@ -1,9 +1,11 @@
 #include "cli/write/EditProject.h"
 
+#include "cli/Args.h"
 #include "cli/Error.h"
 #include "cli/LoadAny.h"
 #include "cli/RunContext.h"
 #include "cli/commands/Summary.h"
+#include "core/Names.h"
 #include "core/ProjectFile.h"
 #include "core/model/Validate.h"
 #include "spec/Diff.h"
@@ -24,13 +26,16 @@ ProjectPtr standing(const Destination& destination, const Project& input) {
 Json editProject(const Args& args, const std::string& undoLabel, const std::function<Json(Project&)>& edit) {
   const std::string& input = args.positionals[0];
   const Destination destination = destinationOf(args, input);
+  if (args.has("out") && isSpecPath(destination.path))
+    throw usage("The result is a project, not a spec: " + destination.path, "--out takes a .quorel file");
   checkExists(destination);
   auto before = loadProjectFile(input);
   auto project = copyOf(*before);
   Json told = edit(*project);
   std::string error;
   if (!validateProject(*project, error))
-    throw CliError("invalid_project", "The change makes an invalid project: " + error);
+    throw CliError("invalid_project", "The change makes an invalid project: " + error,
+                   foreignTargetHint(*project, true));
   context().undoLabel = undoLabel;
   Json result = writeProject(*project, destination);
   addAll(result, std::move(told));
@@ -38,11 +43,14 @@ Json editProject(const Args& args, const std::string& undoLabel, const std::func
   return result;
 }
 
-void setMacroValue(MacroRec& macro, double value) {
+void setMacroValue(MacroRec& macro, const std::string& text) {
+  double value = 0;
+  if (!decimal(text, value)) throw usage("A Macro's value is a number, got " + text);
   if (!(value >= (macro.polarity ? -1 : 0) && value <= 1))
     throw CliError("out_of_range",
-                   std::string("A Macro's value is ") + (macro.polarity ? "-1..1 (bipolar)" : "0..1"));
-  macro.value = f32(value);
+                   std::string("A Macro's value is ") + (macro.polarity ? "-1..1 (bipolar)" : "0..1"),
+                   std::string(nameText(macro.name)) + " cannot be " + text);
+  macro.value = f32(value + 0.0);
 }
 
 }  // namespace synth::cli

@@ -11,7 +11,7 @@ namespace synth::cli {
 // `edit` changes the Project and answers the members that stand between `wrote` and `changes`.
 Json editProject(const Args& args, const std::string& undoLabel, const std::function<Json(Project&)>& edit);
 
-// Turns a Macro; refuses what lies outside its range.
-void setMacroValue(MacroRec& macro, double value);
+// Turns a Macro to the number in a text; refuses what lies outside its range.
+void setMacroValue(MacroRec& macro, const std::string& text);
 
 }  // namespace synth::cli

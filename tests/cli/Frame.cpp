@@ -71,6 +71,7 @@ TEST(Frame, UnknownWordsAreUsageErrorsWithAWayOn) {
       {{"xyzzy"}, "xyzzy", "Unknown command xyzzy", "quorel help lists the commands"},
       {{"project"}, "project", "Unknown command project", "project commands: new "},
       {{"project", "nwe", "x"}, "project nwe", "Unknown command project nwe", "project commands: new "},
+      {{"macro"}, "macro", "Unknown command macro", "macro commands: list add rename "},
       {{"app", "undoo"}, "app undoo", "Unknown command app undoo", ""},
       {{"", "new"}, "", "Unknown command ", ""},
       {{"--force"}, "--force", "Unknown command --force", ""},

@@ -59,6 +59,27 @@ TEST(MacroCommands, BipolarOnesHaveTwoSides) {
   EXPECT_EQ(reply.number("data.macro.targets[0].amount_down"), -2);
   EXPECT_NEAR(reply.number("data.macro.targets[0].now"), 1000, 0.1);
   EXPECT_EQ(song.macro({"map", "TILT", "cutoff", "1"}).number("data.macro.targets[0].amount_down"), -1);
+  const Reply plus = song.macro({"map", "TILT", "cutoff", "+0.5", "--down", "+0.25"});
+  EXPECT_EQ(plus.number("data.macro.targets[0].amount"), 0.5);
+  EXPECT_EQ(plus.number("data.macro.targets[0].amount_down"), 0.25);
+  const Reply zero = song.macro({"map", "TILT", "insert_drive", "0"});
+  EXPECT_NE(zero.line("data.macro.targets[1]").find("\"amount_down\":0,"), std::string::npos) << zero.text;
+}
+
+TEST(MacroCommands, AnEngineThatLacksATargetSaysWhichOne) {
+  Song song;
+  ASSERT_EQ(quorel({"project", "set", song.path, "engine=ANALOG", "--track", "2", "--in-place"}).status, 0);
+  song.macro({"add", "BITE"});
+  ASSERT_EQ(song.macro({"map", "BITE", "osc_b_level", "0.5"}).status, 0);
+  const Words setting = {"project", "set", song.path, "engine=PERC", "--track", "2", "--in-place"};
+  const Reply refused = quorel(setting);
+  EXPECT_EQ(refused.code(), "invalid_project");
+  EXPECT_EQ(
+      refused.hint(),
+      "BITE moves osc_b_level, which this sound does not have: quorel macro unmap FILE BITE osc_b_level "
+      "--track 2 first");
+  EXPECT_EQ(song.macro({"unmap", "BITE", "osc_b_level"}).status, 0);
+  EXPECT_EQ(quorel(setting).status, 0);
 }
 
 TEST(MacroCommands, RefusalsChangeNothing) {
@@ -78,6 +99,15 @@ TEST(MacroCommands, RefusalsChangeNothing) {
       {{"map", "WARM", "cutoff", "x2"}, "usage", "×N is for times: cutoff moves in oct"},
       {{"map", "WARM", "attack", "x0"}, "usage", "An amount is a number or ×N, got x0"},
       {{"map", "WARM", "cutoff", "1001"}, "invalid_macro", "The amount must be a number"},
+      {{"map", "WARM", "cutoff", "1e300"}, "invalid_macro", "The amount must be a number"},
+      {{"map", "WARM", "cutoff", "+-1"}, "usage", "An amount is a number or ×N, got +-1"},
+      {{"map", "WARM", "warm", "1"}, "invalid_macro", "A Macro cannot move another Macro"},
+      {{"map", "WARM", "cutoff", "1", "--window", "0..1.00000001"}, "invalid_macro", "A window is FROM..TO"},
+      {{"unmap", "WARM", "cutoff", "--pad", "2"}, "invalid_macro", "cutoff takes no Pad"},
+      {{"unmap", "WARM", "pad_decay"}, "invalid_macro", "pad_decay needs a Pad 0..7"},
+      {{"unmap", "WARM", "pad_decay", "--pad", "2"},
+       "invalid_macro",
+       "Macro WARM does not move pad_decay on Pad 2"},
       {{"map", "WARM", "cutoff", "1", "--down", "1"}, "usage", "--down is for bipolar Macros"},
       {{"map", "WARM", "cutoff", "1", "--window", "0.5"}, "usage", "--window is A..B"},
       {{"map", "WARM", "cutoff", "1", "--window", "1..0"}, "invalid_macro", "A window is FROM..TO"},
@@ -93,6 +123,19 @@ TEST(MacroCommands, RefusalsChangeNothing) {
     EXPECT_EQ(reply.message().substr(0, std::string(c.message).size()), c.message);
   }
   EXPECT_EQ(song.macro({"set", "WRAM", "1"}).hint(), "Did you mean: WARM?");
+  EXPECT_EQ(song.macro({"map", "WARM", "cutoff", "1001"}).hint(), "Range -1000..1000");
+  EXPECT_EQ(song.macro({"set", "WARM", "1.5"}).hint(), "WARM cannot be 1.5");
+  const Words setting = {"project", "set", song.path};
+  expectRefusals("usage", setting,
+                 {{{"WARM=-0.5", "--in-place"}, "WARM is a Macro of a track", "--track 2"},
+                  {{"WARM=abc", "--track", "2", "--in-place"}, "A Macro's value is a number, got abc"},
+                  {{"bpm=90", "--out", song.folder / "y.json"}, "The result is a project, not a spec"}});
+  expectRefusals(
+      "out_of_range", setting,
+      {{{"WARM=-0.5", "--track", "2", "--in-place"}, "A Macro's value is 0..1", "WARM cannot be -0.5"}});
+  writeAll(song.folder / "y.json", "{}");
+  expectRefusals("invalid_project", {"macro", "add", song.folder / "y.json"},
+                 {{{"X", "--track", "1", "--in-place"}, "Cannot load ", "quorel project build "}});
   EXPECT_EQ(quorel({"macro", "add", song.path, "X", "--in-place"}).message(), "macro add needs --track");
   EXPECT_EQ(readAll(song.path), before);
 }

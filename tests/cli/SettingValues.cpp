@@ -79,8 +79,8 @@ TEST(ProjectSet, MacrosByTheirNames) {
   const Words command{"project", "set", song.path, "--in-place", "--track"};
   expectRefusals("out_of_range", command,
                  {{{"1", "SWELL=-0.5"}, "A Macro's value is 0..1"},
-                  {{"1", "TILT=1.5"}, "A Macro's value is -1..1 (bipolar)"},
-                  {{"1", "TILT=up"}, "A Macro's value is -1..1 (bipolar)"}});
+                  {{"1", "TILT=1.5"}, "A Macro's value is -1..1 (bipolar)"}});
+  expectRefusals("usage", command, {{{"1", "TILT=up"}, "A Macro's value is a number, got up"}});
   expectRefusals("unknown_parameter", command,
                  {{{"1", "SWEL=1"}, "Unknown parameter SWEL", "Did you mean: SWELL"},
                   {{"2", "SWELL=1"}, "Unknown parameter SWELL"}});
