@@ -156,7 +156,7 @@ bool readMacroValue(Track& track, const std::string& name, const Json& value) {
   if (!(value.number() >= lo && value.number() <= 1))
     throw SpecError(Fault::OutOfRange, name + " = " + text::number(value.number(), false) + " is outside " +
                                            (macro.polarity ? "-1..1" : "0..1"));
-  macro.value = f32(value.number());
+  macro.value = macros::clampValue(macro.polarity, f32(value.number()));
   return true;
 }
 

@@ -8,6 +8,7 @@
 #include "core/Names.h"
 #include "core/ProjectFile.h"
 #include "core/model/Validate.h"
+#include "core/sounds/Macros.h"
 #include "spec/Diff.h"
 
 namespace synth::cli {
@@ -50,7 +51,7 @@ void setMacroValue(MacroRec& macro, const std::string& text) {
     throw CliError("out_of_range",
                    std::string("A Macro's value is ") + (macro.polarity ? "-1..1 (bipolar)" : "0..1"),
                    std::string(nameText(macro.name)) + " cannot be " + text);
-  macro.value = f32(value + 0.0);
+  macro.value = macros::clampValue(macro.polarity, f32(value));
 }
 
 }  // namespace synth::cli

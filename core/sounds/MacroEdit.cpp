@@ -182,9 +182,8 @@ bool map(Project& p, int track, int slot, const param::Info& info, int pad, f32 
   if (!fits(amount)) return refuse("The amount must be a number");
   if (std::isnan(amountDown)) amountDown = -amount;
   if (!macro.polarity) amountDown = 0;
-  // No amount is -0: an equal sound has equal bytes.
-  amount += 0.0f;
-  amountDown += 0.0f;
+  // None of them is -0: an equal sound has equal bytes.
+  for (f32* number : {&amount, &amountDown, &from}) *number += 0.0f;
   if (!fits(amountDown)) return refuse("The amount at -100 % must be a number");
   if (!(from >= 0 && from < to && to <= 1)) return refuse(badWindow);
 

@@ -134,7 +134,7 @@ int slotNamed(const Track& track, std::string_view name) {
 }
 
 f32 fromNormalized(bool bipolar, f32 x) {
-  x = std::isfinite(x) ? std::clamp(x, 0.0f, 1.0f) : 0;
+  x = clampValue(false, x);
   if (!bipolar) return x;
   const f32 v = 2 * x - 1;
   return std::fabs(v) <= 1.5259022e-5f ? 0 : v;
@@ -147,7 +147,8 @@ f32 toNormalized(bool bipolar, f32 value) {
 }
 
 f32 clampValue(bool bipolar, f32 value) {
-  return std::isfinite(value) ? std::clamp(value, bipolar ? -1.0f : 0.0f, 1.0f) : 0;
+  // Never -0: an equal sound has equal bytes.
+  return std::isfinite(value) ? std::clamp(value, bipolar ? -1.0f : 0.0f, 1.0f) + 0.0f : 0;
 }
 
 bool valid(const Track& track, std::string& error) {

@@ -295,6 +295,7 @@ TEST(MacroRules, APlanHoldsEachTargetOnce) {
   EXPECT_EQ(plan->entries[1].target, -1);
   macros::buildPlan(*p, 99, *plan);
   EXPECT_EQ(plan->linkCount, 0);
+  EXPECT_EQ(macros::resulting(*p, 1, row("bpm"), -1), p->bpm) << "no Macro moves a value of the Project";
 }
 
 TEST(Pins, DefaultsBecomeOnesOwnWithTheFirstChange) {

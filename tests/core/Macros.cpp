@@ -42,6 +42,8 @@ TEST(Macros, ReadAValueFromALanesScale) {
   EXPECT_EQ(clampValue(true, -3), -1);
   EXPECT_EQ(clampValue(false, -3), 0);
   EXPECT_EQ(clampValue(true, INFINITY), 0);
+  for (bool bipolar : {false, true}) EXPECT_FALSE(std::signbit(clampValue(bipolar, -0.0f)));
+  EXPECT_FALSE(std::signbit(fromNormalized(false, -0.0f)));
 }
 
 TEST(Macros, MoveContinuousSoundValuesAndTheSends) {
