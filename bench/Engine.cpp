@@ -1,9 +1,13 @@
 // What a listener waits for: rendering. `x` is how many seconds of sound a second of one core makes.
 #include <benchmark/benchmark.h>
 
+#include <limits>
+#include <string>
+
 #include "core/model/Clips.h"
 #include "core/model/Defaults.h"
 #include "core/model/Tracks.h"
+#include "core/sounds/MacroEdit.h"
 #include "engine/Engine.h"
 #include "engine/SongRender.h"
 #include "spec/Examples.h"
@@ -70,8 +74,8 @@ void turnOnMaster(Project& p) {
   for (int band = 0; band < 10; band++) p.master_eq[band] = band % 2 ? 2 : -2;
 }
 
-// Six Tracks of six kinds, ten voices, both Sends, the whole Master.
-void RenderTypicalSong(benchmark::State& state) {
+// Six Tracks of six kinds, both Sends, the whole Master.
+ProjectPtr typicalSong() {
   auto p = makeProject();
   clearArrangement(*p);
   p->track_count = 6;
@@ -89,6 +93,25 @@ void RenderTypicalSong(benchmark::State& state) {
     track.mod_type = u8(t % 3);
   }
   turnOnMaster(*p);
+  return p;
+}
+
+void RenderTypicalSong(benchmark::State& state) { renderHeld(state, *typicalSong(), 10); }
+
+// The same with four Macros of eight targets on every Track, first all at rest, then all turned up.
+void RenderMacros(benchmark::State& state) {
+  auto p = typicalSong();
+  const char* targets[] = {"cutoff",    "resonance", "attack",   "release",
+                           "lfo_depth", "width",     "highpass", "send_1"};
+  const f32 mirror = std::numeric_limits<f32>::quiet_NaN(), turned = state.range(0) ? 0.5f : 0;
+  std::string error;
+  for (int t = 0; t < 6; t++)
+    for (const char* name : {"ONE", "TWO", "THREE", "FOUR"}) {
+      const int slot = macros::add(*p, t, name, false, turned, error);
+      for (const char* key : targets)
+        if (!macros::map(*p, t, slot, *param::find(key), -1, 0.1f, mirror, 0, 1, error))
+          state.SkipWithError(error.c_str());
+    }
   renderHeld(state, *p, 10);
 }
 
@@ -182,6 +205,7 @@ void NewEngine(benchmark::State& state) {
 BENCHMARK(Render32AnalogVoices)->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderExampleSong)->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderTypicalSong)->Unit(benchmark::kMillisecond);
+BENCHMARK(RenderMacros)->Arg(0)->Arg(1)->ArgName("turned")->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderWorstCase)->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderKind)->DenseRange(ANALOG, PERC)->Unit(benchmark::kMillisecond);
 BENCHMARK(RenderSend)->DenseRange(FX_DELAY, FX_OFF)->Unit(benchmark::kMillisecond);
