@@ -9,6 +9,8 @@
 namespace synth::text {
 namespace {
 
+constexpr const char* blanks = " \t\r\n\v\f";
+
 char upperOf(char c) { return c >= 'a' && c <= 'z' ? char(c - 32) : c; }
 char lowerOf(char c) { return c >= 'A' && c <= 'Z' ? char(c + 32) : c; }
 
@@ -41,10 +43,9 @@ bool sameIgnoringCase(std::string_view a, std::string_view b) {
 }
 
 std::string_view trimmed(std::string_view s) {
-  const char* blank = " \t\r\n\v\f";
-  size_t from = s.find_first_not_of(blank);
+  size_t from = s.find_first_not_of(blanks);
   if (from == std::string_view::npos) return {};
-  return s.substr(from, s.find_last_not_of(blank) - from + 1);
+  return s.substr(from, s.find_last_not_of(blanks) - from + 1);
 }
 
 std::string joined(std::span<const std::string> parts, std::string_view separator) {
@@ -56,9 +57,19 @@ std::string joined(std::span<const std::string> parts, std::string_view separato
   return out;
 }
 
-std::string number(double value, bool asFloat32) {
+std::vector<std::string> words(std::string_view s) {
+  std::vector<std::string> out;
+  while (!(s = trimmed(s)).empty()) {
+    const size_t end = std::min(s.find_first_of(blanks), s.size());
+    out.emplace_back(s.substr(0, end));
+    s.remove_prefix(end);
+  }
+  return out;
+}
+
+std::string number(double value, bool asFloat32, double wholeBelow) {
   if (value == 0 && std::signbit(value)) return "-0";
-  if (value == std::trunc(value) && std::fabs(value) < 1e15) {
+  if (value == std::trunc(value) && std::fabs(value) < wholeBelow) {
     char buffer[24];
     return {buffer, std::to_chars(buffer, buffer + sizeof buffer, (long long)value).ptr};
   }
@@ -69,6 +80,12 @@ std::string number(double value, bool asFloat32) {
     if (asFloat32 ? float(back) == float(value) : back == value) return text;
   }
   return general(value, 17);
+}
+
+bool readNumber(std::string_view s, double& value) {
+  if (s.size() > 1 && s[0] == '+' && s[1] != '-') s.remove_prefix(1);
+  const auto [end, code] = std::from_chars(s.data(), s.data() + s.size(), value);
+  return code == std::errc{} && end == s.data() + s.size() && std::isfinite(value);
 }
 
 bool fromHex(std::string_view digits, unsigned char* bytes, std::size_t count) {

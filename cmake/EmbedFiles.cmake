@@ -11,3 +11,11 @@ function(quorel_embed target space)
     VERBATIM)
   target_sources(${target} PRIVATE ${out}/${space}.cpp)
 endfunction()
+
+# The same for every file that a pattern names, in the byte order of their names; a new file needs no word
+# here.
+function(quorel_embed_all target space pattern)
+  file(GLOB files CONFIGURE_DEPENDS ${pattern})
+  list(SORT files COMPARE STRING CASE SENSITIVE)
+  quorel_embed(${target} ${space} ${files})
+endfunction()

@@ -63,17 +63,17 @@ double amountFor(const param::Info& info, f32 base, double current, f32 wanted) 
 
 std::string amountText(const param::Info& info, f32 amount) {
   if (perceptual::unitOf(info) == perceptual::Time) {
-    // The shortest ratio whose logarithm is the amount.
+    // The shortest ratio whose logarithm is the amount; amounts next to 0, which no ratio hits, stay numbers.
     const double ratio = math::exp2(double(amount));
-    for (int digits = 1; digits < 17; digits++) {
+    for (int digits = 1; digits <= 17 && std::isfinite(ratio); digits++) {
       char buffer[32];
       std::snprintf(buffer, sizeof buffer, "%.*g", digits, ratio);
-      if (f32(math::log2(std::strtod(buffer, nullptr))) == amount)
-        return "×" + text::number(std::strtod(buffer, nullptr), false);
+      const double printed = std::strtod(buffer, nullptr);
+      if (const f32 back = f32(math::log2(printed)); std::memcmp(&back, &amount, sizeof back) == 0)
+        return "×" + text::number(printed, false);
     }
-    return "×" + text::number(ratio, false);
   }
-  return (amount > 0 ? "+" : "") + text::number(amount);
+  return (amount > 0 ? "+" : "") + text::number(amount, true, 1e7);
 }
 
 std::string unitName(const param::Info& info) {

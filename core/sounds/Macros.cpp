@@ -6,33 +6,10 @@
 
 #include "base/Text.h"
 #include "core/Names.h"
+#include "core/Preset.h"
 #include "core/params/Targets.h"
 
-namespace synth {
-namespace {
-
-bool begins(const param::Info& info, std::string_view prefix) {
-  return std::string_view(info.key).substr(0, prefix.size()) == prefix;
-}
-
-}  // namespace
-
-bool preset::holds(const param::Info& info, int kind, int engine) {
-  const std::string_view key = info.key;
-  const bool kit = kind == DRUMS;
-  if (info.scope == param::ScopeProject || info.mix) return false;
-  if (key == "engine" || key == "track_kind") return false;
-  if (info.scope == param::ScopePad) return kit;
-  if (info.applies == (kit ? param::MelodicOnly : param::DrumsOnly)) return false;
-  if (kit) return true;
-  if (key == "osc_b_level" || key == "osc_b_shape" || key == "analog_mode") return engine == ANALOG;
-  if (key == "perc_model") return engine == PERC;
-  if (begins(info, "drawbar_")) return engine == ORGAN;
-  if (begins(info, "sample_")) return engine == SAMPLER;
-  return true;
-}
-
-namespace macros {
+namespace synth::macros {
 namespace {
 
 bool letter(char c) { return (c >= 'A' && c <= 'Z'); }
@@ -182,5 +159,4 @@ bool foreignTarget(const Track& track, int& slot, int& target) {
   return false;
 }
 
-}  // namespace macros
-}  // namespace synth
+}  // namespace synth::macros

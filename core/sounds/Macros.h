@@ -8,11 +8,6 @@
 
 #include "core/params/Registry.h"
 
-namespace synth::preset {
-// Whether a value belongs to a Preset of that sound: sound values only, and only those its Engine uses.
-bool holds(const param::Info& info, int kind, int engine);
-}  // namespace synth::preset
-
 namespace synth::macros {
 
 inline constexpr f32 largestAmount = 1000;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/Text.h"
+#include "core/Preset.h"
 #include "core/params/Targets.h"
 #include "core/sounds/Macros.h"
 #include "core/sounds/SendPresets.h"
