@@ -13,7 +13,8 @@ const std::vector<Command>& registerCommands() {
       commands::macroAdd(),       commands::macroRename(),     commands::macroRemove(),
       commands::macroMap(),       commands::macroUnmap(),      commands::macroSet(),
       commands::analyze(),        commands::gridFit(),         commands::spectrogram(),
-      commands::compare(),        commands::render(),
+      commands::compare(),        commands::render(),          commands::presetList(),
+      commands::presetFamilies(), commands::presetShow(),
   };
   return table;
 }

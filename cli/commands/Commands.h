@@ -31,5 +31,14 @@ Command gridFit();
 Command spectrogram();
 Command compare();
 Command render();
+Command presetList();
+Command presetFamilies();
+Command presetDemo();
+Command presetShow();
+Command presetSave();
+Command presetApply();
+Command presetImport();
+Command presetRename();
+Command presetDelete();
 
 }  // namespace synth::cli::commands
