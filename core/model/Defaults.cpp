@@ -10,22 +10,47 @@
 #include "core/params/Options.h"
 #include "core/params/Registry.h"
 #include "core/params/Targets.h"
+#include "core/sounds/Factory.h"
 
 namespace synth {
 namespace {
 
-struct Mix {
+struct Starter {
+  const char* preset;  // null for the plain kit
   f32 level, pan, send1, send2;
 };
 
-constexpr Mix starterMix[limits::tracks] = {
-    {0.7f, 0, 0, 0.04f},         {0.3f, 0, 0.12f, 0.03f},     {0.5f, -0.1f, 0.08f, 0.15f},
-    {0.45f, 0.12f, 0.15f, 0.2f}, {0.45f, 0, 0.05f, 0.3f},     {0.45f, 0.1f, 0, 0.3f},
-    {0.45f, 0, 0.2f, 0.15f},     {0.4f, -0.15f, 0.1f, 0.35f}, {0.45f, 0.15f, 0.1f, 0.2f},
-    {0.45f, -0.2f, 0.1f, 0.2f},  {0.45f, 0.2f, 0.1f, 0.2f},   {0.45f, 0, 0.1f, 0.2f},
-    {0.45f, -0.25f, 0.1f, 0.2f}, {0.45f, 0.25f, 0.1f, 0.2f},  {0.45f, -0.1f, 0.1f, 0.2f},
-    {0.45f, 0.1f, 0.1f, 0.2f},
+constexpr Starter starters[limits::tracks] = {
+    {nullptr, 0.7f, 0, 0, 0.04f},
+    {"BEDROCK", 0.3f, 0, 0.12f, 0.03f},
+    {"PAPER KEYS", 0.5f, -0.1f, 0.08f, 0.15f},
+    {"GLASS", 0.45f, 0.12f, 0.15f, 0.2f},
+    {"AFTERGLOW", 0.45f, 0, 0.05f, 0.3f},
+    {"STRING MACHINE", 0.45f, 0.1f, 0, 0.3f},
+    {"VOWEL LEAD", 0.45f, 0, 0.2f, 0.15f},
+    {"SHIMMER PAD", 0.4f, -0.15f, 0.1f, 0.35f},
+    {"ASH", 0.45f, 0.15f, 0.1f, 0.2f},
+    {"NEON", 0.45f, -0.2f, 0.1f, 0.2f},
+    {"CHROME", 0.45f, 0.2f, 0.1f, 0.2f},
+    {"REED", 0.45f, 0, 0.1f, 0.2f},
+    {"DRIFT", 0.45f, -0.25f, 0.1f, 0.2f},
+    {"ORBIT", 0.45f, 0.25f, 0.1f, 0.2f},
+    {"SWARM CLOUD", 0.45f, -0.1f, 0.1f, 0.2f},
+    {"TINE EP", 0.45f, 0.1f, 0.1f, 0.2f},
 };
+
+Track makeStarter(int slot) {
+  const Starter& starter = starters[slot];
+  Track track = defaultTrack(slot == 0 ? DRUMS : MELODIC);
+  if (starter.preset) preset::applyFactory(track, starter.preset);
+  track.level = starter.level;
+  track.pan = starter.pan;
+  track.send_1 = starter.send1;
+  track.send_2 = starter.send2;
+  track.origin = u8(slot);
+  setName(track.name, starterTrackName(slot));
+  return track;
+}
 
 constexpr u8 trackCountOfNewProject = 4;
 
@@ -52,17 +77,13 @@ Track defaultTrack(TrackKind kind) {
   return track;
 }
 
-Track starterTrack(int slot) {
-  slot = std::clamp(slot, 0, limits::tracks - 1);
-  Track track = defaultTrack(slot == 0 ? DRUMS : MELODIC);
-  const Mix& mix = starterMix[slot];
-  track.level = mix.level;
-  track.pan = mix.pan;
-  track.send_1 = mix.send1;
-  track.send_2 = mix.send2;
-  track.origin = u8(slot);
-  setName(track.name, starterTrackName(slot));
-  return track;
+const Track& starterTrack(int slot) {
+  static const auto* const tracks = [] {
+    auto* made = new std::array<Track, limits::tracks>;
+    for (int i = 0; i < limits::tracks; i++) (*made)[size_t(i)] = makeStarter(i);
+    return made;
+  }();
+  return (*tracks)[size_t(std::clamp(slot, 0, limits::tracks - 1))];
 }
 
 Track originTrack(const Track& track) {

@@ -13,8 +13,8 @@ ProjectPtr makeProject();
 // The same without the loops and with all sixteen Tracks active: what a spec builds on.
 ProjectPtr makeBlank();
 
-// The sound of starter slot 0..15, clamped.
-Track starterTrack(int slot);
+// The Track of starter slot 0..15, clamped: the plain kit, and on the others a factory Preset each.
+const Track& starterTrack(int slot);
 Track defaultTrack(TrackKind kind);
 // What the Track's sound was born from: its starter slot, or its kind's default.
 Track originTrack(const Track& track);
