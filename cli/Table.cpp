@@ -14,7 +14,9 @@ const std::vector<Command>& registerCommands() {
       commands::macroMap(),       commands::macroUnmap(),      commands::macroSet(),
       commands::analyze(),        commands::gridFit(),         commands::spectrogram(),
       commands::compare(),        commands::render(),          commands::presetList(),
-      commands::presetFamilies(), commands::presetShow(),
+      commands::presetFamilies(), commands::presetDemo(),      commands::presetShow(),
+      commands::presetSave(),     commands::presetApply(),     commands::presetImport(),
+      commands::presetRename(),   commands::presetDelete(),
   };
   return table;
 }

@@ -32,12 +32,12 @@ Json editProject(const Args& args, const std::string& undoLabel, const std::func
   checkExists(destination);
   auto before = loadProjectFile(input);
   auto project = copyOf(*before);
+  context().undoLabel = undoLabel;
   Json told = edit(*project);
   std::string error;
   if (!validateProject(*project, error))
     throw CliError("invalid_project", "The change makes an invalid project: " + error,
                    foreignTargetHint(*project, true));
-  context().undoLabel = undoLabel;
   Json result = writeProject(*project, destination);
   addAll(result, std::move(told));
   result.add("changes", spec::diffProjects(*standing(destination, *before), *project));

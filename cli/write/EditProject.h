@@ -8,7 +8,8 @@
 
 namespace synth::cli {
 
-// `edit` changes the Project and answers the members that stand between `wrote` and `changes`.
+// `edit` changes the Project and answers the members that stand between `wrote` and `changes`; it may set a
+// label of the app's Undo step that says more.
 Json editProject(const Args& args, const std::string& undoLabel, const std::function<Json(Project&)>& edit);
 
 // Turns a Macro to the number in a text; refuses what lies outside its range.
