@@ -10,6 +10,7 @@
 #include "cli/Error.h"
 #include "cli/Guides.h"
 #include "cli/Help.h"
+#include "cli/PresetLookup.h"
 #include "cli/RunContext.h"
 
 namespace synth::cli {
@@ -124,6 +125,7 @@ RunContext& context() {
 
 Outcome run(std::vector<std::string> args) {
   context() = RunContext{};
+  resolvePresetsOfSpecs();
   const auto kept = std::remove(args.begin(), args.end(), "--compact");
   const bool compact = kept != args.end();
   args.erase(kept, args.end());

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <memory>
 
 #include "base/ReadFile.h"
 #include "base/Suggest.h"
@@ -10,6 +11,7 @@
 #include "cli/Error.h"
 #include "cli/commands/Summary.h"
 #include "core/sounds/Factory.h"
+#include "spec/Presets.h"
 
 namespace synth::cli {
 namespace {
@@ -61,6 +63,16 @@ preset::PresetLibrary libraryOf(const Args& args) {
   std::string error;
   if (!library.reload(error)) throw CliError("read_failed", "Cannot read the Preset library: " + error);
   return library;
+}
+
+void resolvePresetsOfSpecs() {
+  spec::presetResolver() = [library = std::shared_ptr<preset::PresetLibrary>()](
+                               const std::string& name) mutable -> std::optional<preset::Preset> {
+    if (const preset::Preset* found = preset::findFactory(name)) return *found;
+    if (!library) library = std::make_shared<preset::PresetLibrary>(libraryOf({}));
+    const preset::Entry* found = library->find(name);
+    return found ? std::optional(found->preset) : std::nullopt;
+  };
 }
 
 const preset::Preset& presetNamed(const preset::PresetLibrary& library, const std::string& name) {

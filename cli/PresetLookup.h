@@ -11,6 +11,9 @@ preset::PresetLibrary libraryOf(const Args& args);
 // The `--library` option, to splice into a command's row.
 ArgSpec libraryOption();
 
+// Lets specs name the user's own Presets beside the factory's. The library is read when a name asks for it.
+void resolvePresetsOfSpecs();
+
 // The factory's or the user's Preset of that name, or an error that names those near.
 const preset::Preset& presetNamed(const preset::PresetLibrary& library, const std::string& name);
 // A .preset file, read; throws when it is none.

@@ -4,6 +4,7 @@
 #include "core/model/Defaults.h"
 #include "core/model/Tracks.h"
 #include "spec/Arrangement.h"
+#include "spec/OldBase.h"
 #include "spec/Patterns.h"
 #include "spec/Sounds.h"
 #include "spec/Tracks.h"
@@ -37,9 +38,9 @@ void readProject(Project& p, const Json& section) {
   applyValues(p, section, param::ScopeProject, 0, 0, "project", "loop");
 }
 
-void readBase(const Json& base) {
+void readBase(Project& p, const Json& base) {
   if (!base.isString() || base.string() != "v5") throw SpecError("Unknown base (only \"v5\")");
-  throw SpecError("\"base\": \"v5\" is not read by this version yet", "Leave it out: new specs omit it");
+  applyOldBase(p);
 }
 
 }  // namespace
@@ -53,10 +54,10 @@ ProjectPtr build(const Json& spec) {
   auto section = [&](const char* key, auto read) {
     if (const Json* value = spec.find(key)) read(*value);
   };
-  section("base", readBase);
+  section("base", [&](const Json& v) { readBase(p, v); });
   section("name", [&](const Json& v) { readName(p, v); });
   section("project", [&](const Json& v) { readProject(p, v); });
-  section("tracks", [&](const Json& v) { readTracks(p, v); });
+  section("tracks", [&](const Json& v) { readTracks(p, v, spec.find("base") != nullptr); });
   section("pads", [&](const Json& v) { readPads(p, v); });
   section("patterns", [&](const Json& v) { readPatterns(p, v); });
   section("clips", [&](const Json& v) { readClips(p, v); });

@@ -7,6 +7,8 @@
 #include "core/Names.h"
 #include "core/model/Defaults.h"
 #include "core/sounds/Macros.h"
+#include "spec/OldBase.h"
+#include "spec/Presets.h"
 #include "spec/Sounds.h"
 #include "spec/Values.h"
 
@@ -51,25 +53,26 @@ void readParams(Project& p, int t, const Json& params, const std::string& where)
   });
 }
 
-void refuseUnbuilt(const Json& object, const std::string& where) {
-  if (const Json* preset = object.find("preset")) {
-    if (!preset->isString()) throw SpecError(whatOf("preset", where) + " is a Preset's name");
-    throw SpecError(Fault::UnknownPreset, "No Preset named " + preset->string(),
-                    "This version has no Presets yet: set the sound with engine_defaults and params");
-  }
-  if (object.find("v5_slot")) throw SpecError("\"v5_slot\" needs \"base\": \"v5\"");
+void readPresetKey(Project& p, int t, const Json& name, const std::string& where) {
+  if (!name.isString()) throw SpecError(whatOf("preset", where) + " is a Preset's name");
+  readPreset(p, t, name.string());
 }
 
-void readTrack(Project& p, const Json& object, const std::string& where) {
+void readOldSlot(Track& track, const Json& slot, bool oldBase, const std::string& where) {
+  if (!oldBase) throw SpecError("\"v5_slot\" needs \"base\": \"v5\"");
+  track = oldTrack(integer(slot, whatOf("v5_slot", where), 0, limits::tracks - 1));
+}
+
+void readTrack(Project& p, const Json& object, bool oldBase, const std::string& where) {
   checkKeys(object, where,
             {"index", "kind", "name", "origin", "engine_defaults", "preset", "params", "sample",
              "preset_name", "pins", "macros", "v5_slot"});
   const int t = requiredInteger(object, "index", where, 0, limits::tracks - 1);
-  refuseUnbuilt(object, where);
   Track& track = p.tracks[t];
   auto key = [&](const char* name, auto read) {
     if (const Json* value = object.find(name)) read(*value);
   };
+  key("v5_slot", [&](const Json& v) { readOldSlot(track, v, oldBase, where); });
   // The kind's default sound; the Track keeps its name, so that none is left without one.
   key("kind", [&](const Json& v) {
     const std::string name(nameText(track.name));
@@ -77,8 +80,10 @@ void readTrack(Project& p, const Json& object, const std::string& where) {
     setName(track.name, name);
   });
   key("name", [&](const Json& v) { readTrackName(track, v, where); });
-  key("origin", [&](const Json& v) { track.origin = u8(integer(v, whatOf("origin", where), 0, 255)); });
   key("engine_defaults", [&](const Json& v) { setSynthKind(track, int(valueOf(row("engine"), v, p, t))); });
+  key("preset", [&](const Json& v) { readPresetKey(p, t, v, where); });
+  // A Preset of another kind begins anew; what the spec says of the origin stands.
+  key("origin", [&](const Json& v) { track.origin = u8(integer(v, whatOf("origin", where), 0, 255)); });
   key("macros", [&](const Json& v) { readMacros(p, t, v); });
   key("params", [&](const Json& v) { readParams(p, t, v, where); });
   key("sample", [&](const Json& v) { readSample(track, v, where + ".sample"); });
@@ -105,10 +110,10 @@ void readPad(Project& p, const Json& object, const std::string& where) {
 
 }  // namespace
 
-void readTracks(Project& p, const Json& section) {
+void readTracks(Project& p, const Json& section, bool oldBase) {
   const Json::Items& items = list(section, "\"tracks\" is an array of tracks");
   for (size_t i = 0; i < items.size(); i++)
-    inPlace(placeOf("tracks", i), [&] { readTrack(p, items[i], placeOf("tracks", i)); });
+    inPlace(placeOf("tracks", i), [&] { readTrack(p, items[i], oldBase, placeOf("tracks", i)); });
 }
 
 void readPads(Project& p, const Json& section) {

@@ -6,7 +6,8 @@
 
 namespace synth::spec {
 
-void readTracks(Project& project, const Json& section);
+// `oldBase` lets a Track ask for one of the older project's.
+void readTracks(Project& project, const Json& section, bool oldBase);
 void readPads(Project& project, const Json& section);
 
 }  // namespace synth::spec

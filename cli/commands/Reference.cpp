@@ -11,6 +11,7 @@
 #include "core/model/Defaults.h"
 #include "core/params/Options.h"
 #include "core/params/Targets.h"
+#include "core/sounds/Factory.h"
 #include "spec/Examples.h"
 
 namespace synth::cli::commands {
@@ -177,9 +178,11 @@ Json listEngines(const Args&) {
     engines.push(std::move(o.add("description", synthKindDescription(k)).add("params", std::move(names))));
   }
   for (const char* model : param::options::drumModel) models.push(model);
+  Json presets = Json::array();
+  for (const preset::Preset& p : preset::factory()) presets.push(p.name);
   Json o = Json::object();
   o.add("engines", std::move(engines))
-      .add("factory_presets", Json::array())
+      .add("factory_presets", std::move(presets))
       .add("pad_models", std::move(models));
   return o;
 }

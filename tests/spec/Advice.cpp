@@ -33,8 +33,8 @@ TEST(Advice, NamesWhatIsOddAndOnlyThat) {
   const Case cases[] = {
       {"one voice", song(1, chord, withParams(R"("voice_mode": "LEGATO")")),
        song(1, tune, withParams(R"("voice_mode": "LEGATO")"))},
-      {"polyphony is 1", song(1, chord, withParams(R"("polyphony": 1)")),
-       song(1, chord, withParams(R"("polyphony": 2)"))},
+      {"polyphony is 1", song(1, chord, withParams(R"("voice_mode": "POLY", "polyphony": 1)")),
+       song(1, chord, withParams(R"("voice_mode": "POLY", "polyphony": 2)"))},
       {"without Notes", song(1, ""), song(1, tune)},
       {"past their length", song(1, "[0, 60, 100], [16, 60, 100]"), song(1, "[0, 60, 100], [15, 60, 100]")},
       {"level 0", song(1, tune, withParams(R"("mute": 1)")), song(2, tune, withParams(R"("mute": 1)"))},

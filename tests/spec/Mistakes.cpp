@@ -213,8 +213,10 @@ TEST(SpecMistakes, SoundsSayWhatIsWrongWithTheirMacrosAndPins) {
       {track(R"("sample": {})"), ""},
       {track(R"("sample": {"hash": "12"})"), ""},
       {track(R"("v5_slot": 3)"), "\"v5_slot\" needs \"base\": \"v5\""},
-      {track(R"("preset": "GLASS")"), "No Preset named GLASS"},
-      {parsed(R"({"base": "v5"})"), ""},
+      {track(R"("preset": "GLAS")"), "No Preset named GLAS"},
+      {track(R"("preset": 4)"), "\"preset\" in tracks[0] is a Preset's name"},
+      {parsed(R"({"base": "v5", "tracks": [{"index": 2, "v5_slot": 16}]})"),
+       "\"v5_slot\" in tracks[0] must be an integer 0..15, got 16"},
   };
   for (const auto& c : cases) {
     const Verdict verdict = verdictOn(c.spec);
@@ -225,6 +227,8 @@ TEST(SpecMistakes, SoundsSayWhatIsWrongWithTheirMacrosAndPins) {
   }
   EXPECT_EQ(verdictOn(macro(R"("targets": [{"key": "cutof", "amount": 1}])")).hint.substr(0, 21),
             "Did you mean: cutoff?");
+  EXPECT_NE(verdictOn(track(R"("preset": "GLAS")")).hint.find("Did you mean: GLASS"), std::string::npos);
+  EXPECT_EQ(verdictOn(track(R"("preset": "GLAS")")).code, "unknown_preset");
   EXPECT_EQ(verdictOn(track(R"("macros": [], "pins": null, "sample": null)")).message, "");
   const Verdict foreign = verdictOn(parsed(R"({"tracks": [{"index": 1, "macros": [{"name": "BITE", "targets":
     [{"key": "osc_b_level", "amount": 1}]}]}, {"index": 1, "params": {"engine": "PERC"}}]})"));
@@ -252,7 +256,7 @@ TEST(SpecMistakes, AnyValueInAnyPlaceBuildsAValidProjectOrIsRefused) {
   const Json whole = parsed(R"({
     "name": "A", "clip_offset": 0, "buses": [], "project": {"bpm": 100, "fx1_type": "DELAY", "loop": [0, 8]},
     "tracks": [{"index": 1, "kind": "MELODIC", "name": "B", "origin": 2, "engine_defaults": "FM", "params": {"cutoff": 9e2},
-                "preset_name": "C", "macros": [], "pins": null, "sample": null}],
+                "preset": "GLASS", "preset_name": "C", "macros": [], "pins": null, "sample": null}],
     "pads": [{"index": 1, "track": 0, "params": {"pad_tone": 0.5}}],
     "patterns": [{"track": 1, "id": 3, "length": 8, "front": 5, "notes": [[0, 60, 100, 192, 0, 3, 9], {"step": 1, "pitch": 60,
                   "slide": true, "ratchet": 2, "chance": 3, "slot": 1, "locks": [{"target": "CUTOFF", "value": 300}]}],
