@@ -76,7 +76,7 @@ std::optional<Triad> triadOn(int pitch, int root, Scale scale) {
       if (inKey(classOf(pitch + s), root, scale)) return pitch + s;
     return pitch + *semitones.begin();
   };
-  return Triad{{pitch, nearest({3, 4}), nearest({7, 6, 8})}};
+  return Triad{{pitch, nearest({3, 4, 5}), nearest({7, 6, 8})}};
 }
 
 }  // namespace synth::compose

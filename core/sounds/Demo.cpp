@@ -153,7 +153,7 @@ Demo demo(const Preset& preset, int root, Scale scale, double tempo) {
     for (int pitch : place.chord(row.degree)) addNote(out, row, pitch);
   };
   for (const DemoRow& row : demoRows(out.pattern)) play(row);
-  // A family of the wrong kind of sound has no pattern of its own.
+  // One long note.
   if (out.notes.empty()) play({0, f32(longSteps(tempo)), 0, 100});
   int end = 0;
   for (const DemoNote& note : out.notes) end = std::max(end, note.step * 256 + note.length);

@@ -47,15 +47,15 @@ TEST(ProjectSet, TracksByIndexOrNameAndPadsOfKits) {
             R"("tracks[2].cutoff")");
   std::string lower = name;
   for (char& c : lower) c = char(std::tolower(c));
-  EXPECT_EQ(song.set({"filter_type=lowpass", "--track", lower, "--in-place"}).line("data.changes[0].to"),
-            "1");
+  EXPECT_EQ(song.set({"filter_type=highpass", "--track", lower, "--in-place"}).line("data.changes[0].to"),
+            "2");
   EXPECT_EQ(song.set({"pad_tone=0.25", "bpm=90", "level=1", "--track", "0", "--pad", "3", "--in-place"})
                 .count("data.changes"),
             3u);
   auto p = song.project(song.path);
   EXPECT_EQ(p->tracks[2].pan, -0.5f);
   EXPECT_EQ(p->tracks[2].cutoff, 900);
-  EXPECT_EQ(p->tracks[2].filter_type, 1);
+  EXPECT_EQ(p->tracks[2].filter_type, 2);
   EXPECT_EQ(p->tracks[0].pad_tone[3], 0.25f);
   EXPECT_EQ(p->tracks[0].level, 1);
 }
