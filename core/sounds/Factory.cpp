@@ -56,11 +56,9 @@ const Preset* findFactory(std::string_view name) {
   const std::string wanted = cleanName(name), file = slug(wanted) + ".preset";
   const auto it = std::lower_bound(files().begin(), files().end(), file,
                                    [](const Embedded& row, const std::string& f) { return row.name < f; });
-  if (it != files().end() && it->name == file)
-    if (const Preset& found = table().at(size_t(it - files().begin())); found.name == wanted) return &found;
-  for (const Preset& preset : factory())
-    if (preset.name == wanted) return &preset;
-  return nullptr;
+  if (it == files().end() || it->name != file) return nullptr;
+  const Preset& found = table().at(size_t(it - files().begin()));
+  return found.name == wanted ? &found : nullptr;
 }
 
 bool applyFactory(Track& track, std::string_view name) {

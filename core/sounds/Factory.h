@@ -1,4 +1,5 @@
-// The factory Presets: the .preset files of data/presets, compiled into the program.
+// The factory Presets: the .preset files of data/presets, compiled into the program. Each is named after its
+// Preset, so that a name leads to one file.
 #pragma once
 
 #include <string_view>
@@ -10,7 +11,7 @@ namespace synth::preset {
 
 // All of them, in the order of their file names. Read on the first call; they live for the whole run.
 const std::vector<Preset>& factory();
-// The one of that name in any case, or null. Reads no other file when a file bears the name.
+// The one of that name in any case, or null. Reads no other.
 const Preset* findFactory(std::string_view name);
 // Loads one onto a Track of its kind; false when there is none of that name.
 bool applyFactory(Track& track, std::string_view name);

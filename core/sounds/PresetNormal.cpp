@@ -29,7 +29,7 @@ void normalizeHeader(Preset& p) {
   p.name = cleanName(p.name);
   char stored[16];
   setName(stored, text::trimmed(p.sampleName));
-  p.sampleName = nameText(stored);
+  p.sampleName = text::trimmed(nameText(stored));
   p.role = std::min(p.role, Role::Fx);
   p.kind = p.kind == DRUMS ? DRUMS : MELODIC;
   p.engine = p.kind == DRUMS ? ANALOG : std::min(p.engine, SAMPLER);
@@ -119,7 +119,7 @@ void normalizePins(Preset& p) {
   std::vector<std::string> kept;
   for (const std::string& pin : p.pins) {
     const MacroRec* macro = macroNamed(p, pin);
-    std::string word = macro ? std::string(nameText(macro->name)) : pin;
+    std::string word = macro ? std::string(nameText(macro->name)) : text::lower(pin);
     if (!macro && !pins::valid(p.kind, p.engine, word)) continue;
     if (int(kept.size()) < limits::pins && std::find(kept.begin(), kept.end(), word) == kept.end())
       kept.push_back(std::move(word));

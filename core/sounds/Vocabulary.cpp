@@ -69,7 +69,8 @@ const Words& styles() {
 std::string cleanName(std::string_view name) {
   char stored[24];
   setName(stored, text::trimmed(name));
-  return std::string(nameText(stored));
+  // Bytes that were dropped may have stood before a blank.
+  return std::string(text::trimmed(nameText(stored)));
 }
 
 std::string slug(std::string_view name) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <set>
 
 #include "base/Text.h"
@@ -67,6 +68,9 @@ TEST(FactoryPresets, AreReadWithoutAWarningAndStandInTheirCanonicalForm) {
 TEST(FactoryPresets, AreTheNamedOnesInTheOrderOfTheirFiles) {
   const std::vector<std::string> names = namesToCome();
   EXPECT_EQ(names.size(), 235u);
+  EXPECT_TRUE(std::is_sorted(names.begin(), names.end(), [](const auto& a, const auto& b) {
+    return slug(a) + ".preset" < slug(b) + ".preset";
+  }));
   std::vector<std::string> files;
   for (const Preset& p : factory()) {
     EXPECT_NE(std::find(names.begin(), names.end(), p.name), names.end()) << p.name << " is in no list";
@@ -77,6 +81,27 @@ TEST(FactoryPresets, AreTheNamedOnesInTheOrderOfTheirFiles) {
   for (const std::string& name : names)
     if (!findFactory(name)) missing += (missing.empty() ? "" : ", ") + name;
   if (!missing.empty()) RecordProperty("missing", missing);
+}
+
+// How many sounds of each Role and each Engine there are; none has more while some are to come.
+TEST(FactoryPresets, AreSpreadOverRolesAndEngines) {
+  const std::map<std::string, int> most = {
+      {"role BASS", 41}, {"role LEAD", 29},    {"role PAD", 31}, {"role KEYS", 34}, {"role PLUCK", 24},
+      {"role PERC", 22}, {"role TEXTURE", 23}, {"role FX", 31},  {"ANALOG", 120},   {"FM", 26},
+      {"PERC", 13},      {"DRUMS", 12},        {"ORGAN", 11},    {"TINE", 11},      {"WAVETABLE", 9},
+      {"VOICE", 9},      {"MACHINE", 7},       {"SAMPLER", 6},   {"RIFT", 6},       {"SWARM", 5}};
+  std::map<std::string, int> counts;
+  for (const Preset& p : factory()) {
+    counts[std::string("role ") + roleName(p.role)]++;
+    counts[engineName(p)]++;
+    EXPECT_TRUE(p.engine != SAMPLER || settingsOnly(p)) << p.name;
+  }
+  for (const auto& [word, count] : counts) {
+    EXPECT_LE(count, most.at(word)) << word;
+    if (factory().size() == namesToCome().size()) {
+      EXPECT_EQ(count, most.at(word)) << word;
+    }
+  }
 }
 
 TEST(FactoryPresets, AreFoundByName) {
