@@ -1,6 +1,7 @@
 #include "core/music/KeyFinder.h"
 
 #include <algorithm>
+#include <set>
 
 #include "core/model/Notes.h"
 #include "core/model/Patterns.h"
@@ -65,6 +66,30 @@ void addPattern(KeyProfile& profile, const Project& p, int track, int pattern) {
   const int length = patternLength(p, track, pattern);
   for (const NoteRec& note : patternNotes(p, track, pattern))
     if (note.step < length) profile.add(note.note(), note.step);
+}
+
+Analysis analyze(const Project& p, const Scope& scope, int root, Scale scale) {
+  KeyProfile profile;
+  Timeline map;
+  timelineMap(p, scope, map);
+  Analysis out;
+  out.steps = scopeLength(p, scope);
+  const u16 tracks = scopeTracks(p, scope);
+  for (int t = 0; t < limits::tracks; t++) {
+    if (!(tracks >> t & 1)) continue;
+    out.tracks++;
+    if (isDrums(p.tracks[t])) continue;
+    std::set<std::pair<u16, i16>> seen;
+    for (int at = 0; at < out.steps; at++) {
+      const i16 step = map.step[t][at];
+      if (step < 0 || !seen.emplace(map.pattern[t][at], step).second) continue;
+      for (const NoteRec& note : stepNotes(p, t, map.pattern[t][at], step))
+        if (scope.kind != Scope::Notes || scope.selected[t][step] >> note.slot & 1)
+          profile.add(note.note(), step);
+    }
+  }
+  static_cast<Key&>(out) = profile.best(root, int(scale));
+  return out;
 }
 
 bool keySet(const Project& p, int& root, Scale& scale) {

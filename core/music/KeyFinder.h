@@ -2,6 +2,7 @@
 #pragma once
 
 #include "core/music/Scales.h"
+#include "core/music/Scope.h"
 
 namespace synth::compose {
 
@@ -29,6 +30,14 @@ class KeyProfile {
 
 // Adds the Notes of a melodic Track's Pattern, those past its length left out.
 void addPattern(KeyProfile& profile, const Project& project, int track, int pattern);
+
+// What is found in a Scope.
+struct Analysis : Key {
+  int tracks = 0;  // in the Scope, kits included
+  int steps = 0;   // the length of its line of time
+};
+// Each Note of its melodic Tracks counts once, however often it plays. A root of -1 is any, and so is AUTO.
+Analysis analyze(const Project& project, const Scope& scope, int root = -1, Scale scale = Scale::Auto);
 
 // Whether the Project's key is set; AUTO and OFF leave it to the Notes.
 bool keySet(const Project& project, int& root, Scale& scale);

@@ -127,18 +127,14 @@ void demoKey(const Project& p, int& root, Scale& scale) {
         (!first || clip.start < first->start))
       first = &clip;
   }
-  compose::KeyProfile profile;
-  for (int i = 0; first && i < p.clipCount; i++) {
-    const ClipRec& clip = p.clips[i];
-    if (clip.start >= clipEnd(*first) || clipEnd(clip) <= first->start) continue;
-    // A Pattern that plays twice meanwhile counts once.
-    const bool again = std::any_of(p.clips, p.clips + i, [&](const ClipRec& c) {
-      return c.track == clip.track && c.pattern == clip.pattern && clipEnd(c) > first->start &&
-             c.start < clipEnd(*first);
-    });
-    if (!again) compose::addPattern(profile, p, clip.track, clip.pattern);
+  compose::Scope scope;
+  if (first) {
+    scope.kind = compose::Scope::AllTracks;
+    scope.track = first->track;
+    scope.pattern = first->pattern;
+    scope.tracks = 0xFFFF;
   }
-  const compose::Key key = profile.best();
+  const compose::Key key = compose::analyze(p, scope);
   root = key.root;
   scale = key.scale;
 }

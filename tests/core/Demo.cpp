@@ -48,8 +48,7 @@ TEST(Scales, StandTheirOwnTriads) {
   EXPECT_EQ(notes(43, 3, Scale::Major), std::tuple(43, 46, 50));
   EXPECT_EQ(notes(61, 0, Scale::Major), std::tuple(0, 0, 0));
   EXPECT_EQ(notes(57, 9, Scale::MinorPentatonic), std::tuple(57, 60, 64));
-  EXPECT_EQ(notes(62, 0, Scale::MajorPentatonic),
-            std::tuple(62, 67, 69));  // no third: the fourth
+  EXPECT_EQ(notes(62, 0, Scale::MajorPentatonic), std::tuple(62, 67, 69));  // no third: the fourth
 }
 
 // A song in a key: its scale up and down over a bass on the key note.
@@ -98,6 +97,52 @@ TEST(KeyFinder, TakesASetKeyAndIsSilentOnSilence) {
   p->key_scale = 2;
   projectKey(*p, root, scale, 0xFFFF);
   EXPECT_EQ(std::tuple(root, scale), std::tuple(9, Scale::Dorian));
+}
+
+TEST(KeyFinder, LooksAtWhatIsInTheScope) {
+  auto p = makeProject();
+  clearArrangement(*p);
+  addLoop(*p, 1, 16, 16, 0);
+  play(*p, 1, 4, Scale::Major);
+  addLoop(*p, 2, 16, 20, 0);
+  play(*p, 2, 11, Scale::Minor);
+  ASSERT_TRUE(addClip(*p, ClipRec{2, 1, 0, 36, 40, 8, 0}));
+
+  Scope clip{Scope::Clip, 0, 1};
+  Analysis found = analyze(*p, clip);
+  EXPECT_EQ(std::tuple(found.root, found.scale, found.tracks, found.steps),
+            std::tuple(4, Scale::Major, 1, 16));
+  EXPECT_EQ(analyze(*p, clip, 9).root, 9);
+  EXPECT_EQ(analyze(*p, clip, -1, Scale::Dorian).scale, Scale::Dorian);
+  EXPECT_LT(analyze(*p, clip, 10, Scale::Major).share, 0.6f);
+
+  Scope range{Scope::Range, 0, 1, 3, 6};
+  EXPECT_EQ(std::tuple(scopeLength(*p, range), scopeTracks(*p, range)), std::tuple(4, 2));
+  range.to = 16;
+  EXPECT_EQ(std::tuple(scopeLength(*p, range), scopeTracks(*p, range)), std::tuple(0, 0));
+
+  Scope notes{Scope::Notes, 0, 1};
+  EXPECT_EQ(analyze(*p, notes).confidence, 0) << "nothing is selected";
+  notes.selected[1][0] = 1;
+  EXPECT_EQ(analyze(*p, notes).root, 4);
+
+  // A Clip of two Tracks: the second begins four Steps late, and its next Clip is out of sight.
+  Scope all{Scope::AllTracks, 0, 1, -1, 0, 6};
+  Timeline map;
+  timelineMap(*p, all, map);
+  EXPECT_EQ(scopeLength(*p, all), 16);
+  EXPECT_EQ(std::tuple(map.step[1][3], map.step[2][3], map.step[2][4], map.step[2][15], map.step[2][16]),
+            std::tuple(3, -1, 0, 11, -1));
+  // Without it the whole Song, in which a Clip goes around.
+  all.pattern = -1;
+  timelineMap(*p, all, map);
+  EXPECT_EQ(scopeLength(*p, all), 76);
+  EXPECT_EQ(std::tuple(map.step[2][36], map.step[2][43], map.step[2][44], map.step[2][75]),
+            std::tuple(8, 15, 0, 15));
+  // However often they play, Notes count once.
+  KeyProfile profile;
+  for (int t : {1, 2}) addPattern(profile, *p, t, 0);
+  EXPECT_EQ(analyze(*p, all).confidence, profile.best().confidence);
 }
 
 TEST(Demo, TakesTheKeyOfTheFirstMelodicClipAndWhatPlaysBesideIt) {
