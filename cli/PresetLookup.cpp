@@ -98,6 +98,13 @@ preset::Preset readPresetFile(const std::string& path, std::vector<std::string>&
   return p;
 }
 
+GivenPreset givenPreset(const Args& args, const std::string& wanted) {
+  GivenPreset given;
+  given.file = text::lower(wanted).ends_with(".preset");
+  given.preset = given.file ? readPresetFile(wanted, given.warnings) : presetNamed(libraryOf(args), wanted);
+  return given;
+}
+
 std::vector<ArgSpec> headerOptions() {
   return {option("name", "NAME", "its name, up to 20 characters"), option("role", "ROLE", roleList()),
           option("family", "FAMILY", "one of the Role's (quorel preset families)"),

@@ -19,6 +19,15 @@ const preset::Preset& presetNamed(const preset::PresetLibrary& library, const st
 // A .preset file, read; throws when it is none.
 preset::Preset readPresetFile(const std::string& path, std::vector<std::string>& warnings);
 
+// What NAME|file.preset on a command line stands for: the file, when it ends so; else the Preset of that
+// name.
+struct GivenPreset {
+  preset::Preset preset;
+  bool file = false;
+  std::vector<std::string> warnings;  // of the file
+};
+GivenPreset givenPreset(const Args& args, const std::string& wanted);
+
 // The header options of the commands that write a Preset: name, role, family, tags and styles. Those given
 // replace the Preset's.
 std::vector<ArgSpec> headerOptions();

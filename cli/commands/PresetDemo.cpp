@@ -15,6 +15,7 @@
 #include "core/model/Notes.h"
 #include "core/model/Tracks.h"
 #include "core/sounds/Demo.h"
+#include "core/sounds/Solo.h"
 #include "engine/AudioFormats.h"
 #include "engine/SongRender.h"
 
@@ -86,7 +87,7 @@ void place(Project& p, int track, const preset::Demo& demo) {
   }
   if (id < 0 || !setSteps(p, track, id, steps.data(), demo.steps))
     throw CliError("internal", "The demo does not fit the project");
-  p.tracks[track].mute = 0;
+  soloTrack(p, track);
 }
 
 // A dry Track of a new project, or the Track of the user's with its mix and the project's effects.
@@ -113,8 +114,8 @@ void renderWav(const Project& p, const std::string& path, double tail) {
 }
 
 Json run(const Args& args) {
-  const preset::PresetLibrary library = libraryOf(args);
-  const Preset& p = presetNamed(library, args.positionals[0]);
+  const GivenPreset given = givenPreset(args, args.positionals[0]);
+  const Preset& p = given.preset;
   const double tail = numberOption(args, "tail", 2, 0, longestTail);
   ProjectPtr song = args.has("project") ? loadAny(args.at("project")) : nullptr;
   if (args.has("track") && !song) throw usage("--track is of --project");
@@ -141,7 +142,7 @@ Json run(const Args& args) {
   o.add("bpm", scene->bpm).add("steps", demo.steps).add("seconds", demo.steps * 15.0 / scene->bpm);
   o.add("range", Json::object().add("low", range.low).add("high", range.high).add("centre", range.centre));
   o.add("notes", noteRows(p, demo));
-  std::vector<std::string> warnings;
+  std::vector<std::string> warnings = given.warnings;
   if (args.has("render")) {
     const std::string& path = args.at("render");
     refuseExisting(path, args.has("force"));
@@ -162,7 +163,7 @@ Json run(const Args& args) {
 Command presetDemo() {
   return {"preset demo",
           "Show, and with --render play, the pattern that demonstrates a Preset.",
-          {positional("name", "NAME", "the Preset").needed(),
+          {positional("name", "NAME|file.preset", "the Preset, or a file").needed(),
            option("project", "path.quorel|spec.json|@app", "take key and tempo from this project"),
            option("track", "index|name", "--render: on this Track, with its mix and the project's effects"),
            option("key", "ROOT [SCALE]",

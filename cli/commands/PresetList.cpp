@@ -146,19 +146,15 @@ Json macroRows(const Preset& p) {
   return rows;
 }
 
-bool isFilePath(const std::string& text) { return text.ends_with(".preset") || text.find('/') != text.npos; }
-
 Json show(const Args& args) {
-  const std::string& wanted = args.positionals[0];
-  std::vector<std::string> warnings;
-  const bool file = isFilePath(wanted);
-  const Preset p = file ? readPresetFile(wanted, warnings) : presetNamed(libraryOf(args), wanted);
+  const GivenPreset given = givenPreset(args, args.positionals[0]);
+  const Preset& p = given.preset;
   Json o = presetHeader(p);
   o.add("pins", p.pinsSet ? textList(p.pins) : Json());
-  if (!file) o.add("factory", preset::findFactory(p.name) != nullptr);
+  if (!given.file) o.add("factory", preset::findFactory(p.name) != nullptr);
   if (!p.macros.empty()) o.add("macros", macroRows(p));
   o.add("values", valueRows(p)).add("text", preset::write(p));
-  if (file) o.add("warnings", textList(warnings));
+  if (given.file) o.add("warnings", textList(given.warnings));
   return o;
 }
 

@@ -1,11 +1,14 @@
 // The preset commands as a user meets them, with a library in a temporary folder.
 #include <chrono>
 #include <cmath>
+#include <map>
 
+#include "analysis/reading/ReadAudio.h"
 #include "core/Names.h"
 #include "core/ProjectFile.h"
 #include "core/sounds/Factory.h"
 #include "support/Cli.h"
+#include "support/Rendered.h"
 
 namespace synth::test {
 namespace {
@@ -216,6 +219,67 @@ TEST(PresetCommands, DemoRendersDryOrInTheMixOfATrack) {
   EXPECT_EQ(desk.preset({"demo", "LOOP PAD", "--render", desk.folder / "loop.wav", "--tail", "0"})
                 .count("data.warnings"),
             1u);
+}
+
+TEST(PresetCommands, DemoOfAFileNeedsNoLibrary) {
+  Desk desk;
+  const std::string file = desk.folder / "new.preset";
+  writeAll(file, "name = NEW\nrole = FX\nfamily = ZAP\nengine = FM\ncutof = 1\n");
+  const Reply demo = desk.preset({"demo", file, "--render", desk.folder / "new.wav", "--tail", "0"});
+  EXPECT_EQ(demo.string("data.pattern"), "bursts");
+  EXPECT_EQ(demo.line("data.warnings"), R"(["line 5: unknown parameter cutof, skipped"])");
+  EXPECT_GT(fs::file_size(desk.folder / "new.wav"), 100000u);
+}
+
+// All other Tracks are silent in a demo, even one that is solo in the song.
+TEST(PresetCommands, DemoIsHeardWhateverIsSolo) {
+  Desk desk;
+  auto loudness = [&] {
+    const std::string wav = desk.folder / "solo.wav";
+    EXPECT_EQ(desk.preset({"demo", "GLASS", "--render", wav, "--tail", "0", "--force", "--project", desk.song,
+                           "--track", "2"})
+                  .status,
+              0);
+    return digestAt(wav);
+  };
+  const std::string before = loudness();
+  for (const Words& set : {Words{"solo=1", "--track", "1"}, Words{"mute=1", "--track", "2"}}) {
+    Words words = {"project", "set", desk.song, "--in-place"};
+    words.insert(words.end(), set.begin(), set.end());
+    ASSERT_EQ(quorel(words).status, 0);
+  }
+  EXPECT_EQ(loudness(), before);
+}
+
+class FactorySounds : public testing::TestWithParam<int> {};
+
+TEST_P(FactorySounds, AreHeardEachOnItsOwnAndStayBelowTheCeiling) {
+  TempFolder folder;
+  std::map<std::string, std::string> heard;
+  for (const preset::Preset& p : preset::factory()) {
+    const std::string wav = folder / "demo.wav";
+    if (int(p.role) != GetParam() || preset::settingsOnly(p)) continue;
+    const Reply demo =
+        quorel({"preset", "demo", p.name, "--render", wav, "--bpm", "240", "--tail", "0", "--force"});
+    ASSERT_EQ(demo.status, 0) << demo.text;
+    const analysis::Audio sound = analysis::readAudio(wav);
+    const float top = std::max(peak(sound.left), peak(sound.right));
+    EXPECT_TRUE(top > 0.02f && top < 1) << p.name << " peaks at " << top;
+    const auto [other, fresh] = heard.emplace(digestAt(wav), p.name);
+    EXPECT_TRUE(fresh) << p.name << " sounds like " << other->second;
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(ByRole, FactorySounds, testing::Range(0, preset::roles), [](const auto& role) {
+  return std::string(preset::roleName(preset::Role(role.param)));
+});
+
+// A new project's Tracks make no sound of their own.
+TEST(StarterSounds, AreSilentUntilANotePlays) {
+  Desk desk;
+  const std::string wav = desk.folder / "silence.wav";
+  ASSERT_EQ(quorel({"render", desk.song, "--out", wav}).status, 0);
+  EXPECT_EQ(peak(analysis::readAudio(wav).left), 0);
 }
 
 TEST(PresetCommands, SpecsNameTheUsersOwnPresetsToo) {
