@@ -17,15 +17,19 @@ namespace {
 
 using test::parsed;
 
-// Four parts over two bars, with something to hear in every band.
+// Four parts over two bars, with something to hear in every band. They stand on the plain sounds, so that no
+// Preset decides what a change of one value is heard as.
 const char* const song = R"({
   "project": {"bpm": 112, "fx1_type": "DELAY", "fx2_type": "HALL"},
   "tracks": [
     {"index": 0, "kind": "DRUMS", "name": "DRUMS"},
-    {"index": 1, "name": "BASS", "params": {"engine": "ANALOG", "cutoff": 700, "level": 0.5}},
-    {"index": 2, "name": "CHORDS", "params": {"engine": "WAVETABLE", "cutoff": 3000, "attack": 0.02,
-      "release": 0.4, "send_2": 0.2, "mod_type": "CHORUS", "mod_mix": 0.4}},
-    {"index": 3, "name": "LEAD", "params": {"engine": "FM", "send_1": 0.1, "send_2": 0.1}}],
+    {"index": 1, "kind": "MELODIC", "name": "BASS", "params": {"engine": "ANALOG", "cutoff": 700, "level": 0.5,
+      "send_1": 0.12, "send_2": 0.03}},
+    {"index": 2, "kind": "MELODIC", "name": "CHORDS", "params": {"engine": "WAVETABLE", "cutoff": 3000,
+      "attack": 0.02, "release": 0.4, "level": 0.5, "pan": -0.1, "send_1": 0.08, "send_2": 0.2,
+      "mod_type": "CHORUS", "mod_mix": 0.4}},
+    {"index": 3, "kind": "MELODIC", "name": "LEAD", "params": {"engine": "FM", "level": 0.45, "pan": 0.12,
+      "send_1": 0.1, "send_2": 0.1}}],
   "patterns": [
     {"track": 0, "id": 0, "length": 32, "notes": [[0, 0, 110], [10, 0, 110], [16, 0, 110], [26, 0, 110],
       [4, 1, 105], [12, 1, 105], [20, 1, 105], [28, 1, 105], [0, 2, 100], [2, 2, 80], [4, 2, 100], [6, 2, 80],
