@@ -63,7 +63,7 @@ TEST(PresetText, HasOneCanonicalForm) {
   EXPECT_EQ(text::joined(p.warnings, "\n"), "");
   EXPECT_EQ(write(p.preset),
             "# Quorel Preset\nname = TWO  WORDS\nrole = BASS\nfamily = DEEP\ntags = DARK LONG\nstyle = POP\n"
-            "engine = ANALOG\npins = TILT cutoff\nmacro = TILT bi -0\n  cutoff -1 0.25..1\n  decay ×0.5\n"
+            "engine = ANALOG\npins = TILT cutoff\nmacro = TILT bi 0\n  cutoff -1 0.25..1\n  decay ×0.5\n"
             "  resonance +0.5 -0.25\n\ntrim = -0\ncutoff = 650\nvisual = PILE DRIVER\n");
   const Parsed kit =
       read("name = K\nrole = PERC\nengine = DRUMS\npad_model[1] = clap\npad_drive[7] = 0.5\ntrim=3");
