@@ -9,13 +9,8 @@
 #include "cli/commands/Commands.h"
 #include "cli/commands/Summary.h"
 #include "cli/write/WritePath.h"
-#include "core/Names.h"
-#include "core/model/Clips.h"
 #include "core/model/Defaults.h"
-#include "core/model/Notes.h"
-#include "core/model/Tracks.h"
-#include "core/sounds/Demo.h"
-#include "core/sounds/Solo.h"
+#include "core/sounds/DemoStage.h"
 #include "engine/AudioFormats.h"
 #include "engine/SongRender.h"
 
@@ -70,35 +65,12 @@ Json noteRows(const Preset& p, const preset::Demo& demo) {
   return rows;
 }
 
-// The demo as the only music of the project, on that Track.
-void place(Project& p, int track, const preset::Demo& demo) {
-  clearArrangement(p);
-  const int id = addLoop(p, track, demo.steps, 0, 0);
-  std::vector<Step> steps(size_t(demo.steps));
-  for (const preset::DemoNote& from : demo.notes) {
-    Note note;
-    note.pitch = u8(from.pitch);
-    note.velocity = u8(from.velocity);
-    note.length = u16(from.length);
-    note.flags = from.flags;
-    Step& step = steps[size_t(from.step)];
-    const int slot = step.freeSlot(isDrums(p.tracks[track]), note.pitch);
-    if (slot >= 0) step.notes[slot] = note;
-  }
-  if (id < 0 || !setSteps(p, track, id, steps.data(), demo.steps))
-    throw CliError("internal", "The demo does not fit the project");
-  soloTrack(p, track);
-}
-
 // A dry Track of a new project, or the Track of the user's with its mix and the project's effects.
 ProjectPtr stage(const Preset& p, const preset::Demo& demo, const Project* song, int track) {
-  ProjectPtr out = song ? copyOf(*song) : makeBlank();
-  if (!song) {
-    out->tracks[track] = defaultTrack(p.kind);
-    setName(out->tracks[track].name, "DEMO");
-  }
+  if (!song) return preset::dryStage(p, demo);
+  auto out = copyOf(*song);
   preset::apply(*out, track, p);
-  place(*out, track, demo);
+  if (!preset::placeDemo(*out, track, demo)) throw CliError("internal", "The demo does not fit the project");
   return out;
 }
 

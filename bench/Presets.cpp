@@ -1,0 +1,91 @@
+// Measures Presets. Without arguments the factory's, as the table of docs/presets.md (--write); with .preset
+// files those, with what is wrong with them.
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <map>
+
+#include "analysis/Measure.h"
+#include "base/AtomicFile.h"
+#include "base/Parallel.h"
+#include "base/ReadFile.h"
+#include "base/Text.h"
+#include "core/sounds/Factory.h"
+#include "support/PresetSound.h"
+
+namespace synth::test {
+namespace {
+
+using preset::Preset;
+using text::print;
+
+std::string line(const Preset& p, const PresetSound& s) {
+  return print(
+      "%-20s %-7s %-9s %-9s lufs %6.1f peak %6.1f centroid %5.0f flat %6.1f hnr %5.1f side %6.1f attack "
+      "%5.0f "
+      "ring %4.2f held %6.1f release %4.2f",
+      p.name.c_str(), preset::roleName(p.role), p.family.c_str(), preset::engineName(p).c_str(), s.demo.lufs,
+      s.demo.peakDbfs, s.demo.centroidHz, analysis::powerDb(s.demo.flatness), s.demo.harmonicToNoiseDb,
+      s.demo.sideMidDb, s.demo.attackMs, s.ringS, s.heldDb, s.releaseS);
+}
+
+struct Pair {
+  std::string a, b;
+  double distance;
+};
+
+// Of each Role, the ten pairs that are most alike.
+void printNearest(const std::vector<Preset>& presets, const std::vector<PresetSound>& sounds) {
+  for (int role = 0; role < preset::roles; role++) {
+    std::vector<Pair> pairs;
+    for (size_t i = 0; i < presets.size(); i++)
+      for (size_t j = 0; j < i; j++)
+        if (int(presets[i].role) == role && presets[j].role == presets[i].role)
+          pairs.push_back({presets[j].name, presets[i].name, distance(sounds[i], sounds[j])});
+    std::stable_sort(pairs.begin(), pairs.end(),
+                     [](const Pair& a, const Pair& b) { return a.distance < b.distance; });
+    if (pairs.size() > 10) pairs.resize(10);
+    for (const Pair& pair : pairs)
+      std::printf("near %.2f %s, %s\n", pair.distance, pair.a.c_str(), pair.b.c_str());
+  }
+}
+
+// Prints the measures of files and what is wrong with them; returns how many complaints there are.
+int judge(const std::vector<std::string>& paths) {
+  int faults = 0;
+  std::vector<Preset> presets;
+  std::vector<PresetSound> sounds;
+  for (const std::string& path : paths) {
+    std::string bytes, error;
+    Preset p;
+    std::vector<std::string> wrong;
+    if (readFile(path, 1 << 20, bytes, error) != ReadResult::Ok || !preset::parse(bytes, p, wrong, error)) {
+      std::printf("%s: %s\n", path.c_str(), error.c_str());
+      faults++;
+      continue;
+    }
+    if (preset::write(p) != bytes) wrong.push_back("not in its canonical form");
+    const PresetSound sound = soundOf(p);
+    const std::vector<MacroSound> macros = macrosOf(p);
+    std::printf("%s\n", line(p, sound).c_str());
+    for (const MacroSound& m : macros)
+      std::printf("    macro %-13s lowest score %3.0f, %+5.1f LU, peak %5.1f\n", m.name.c_str(), m.score,
+                  m.levelLu, m.peakDb);
+    for (const auto& list : {complaints(p, sound), complaints(p, macros)})
+      wrong.insert(wrong.end(), list.begin(), list.end());
+    for (const std::string& text : wrong) std::printf("    ! %s\n", text.c_str());
+    faults += int(wrong.size());
+    presets.push_back(p);
+    sounds.push_back(sound);
+  }
+  printNearest(presets, sounds);
+  return faults;
+}
+
+}  // namespace
+}  // namespace synth::test
+
+int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  return synth::test::judge(arguments) ? 1 : 0;
+}

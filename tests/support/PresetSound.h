@@ -1,0 +1,54 @@
+// What a Preset sounds like, measured on its demo and on single notes; and what of that breaks the promises
+// of its name, family and tags.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "analysis/Features.h"
+#include "core/Preset.h"
+
+namespace synth::test {
+
+struct NoteSound {
+  int pitch = 60, velocity = 100;
+  double rmsDb = -200, peakDb = -200, centroidHz = 0;
+};
+
+struct PresetSound {
+  analysis::Features demo;
+  bool finite = true;
+  // Of a melodic sound: low, centre and high of its register at velocities 40, 90 and 127, in this order. Of
+  // a kit: each Pad at 40 and 120.
+  std::vector<NoteSound> notes;
+  // Of a melodic sound, at its centre: seconds from the start of a note of a quarter second until it stays
+  // 40 dB below its peak (4 at most), ...
+  double ringS = 0;
+  // ... the level of a held note after four seconds below its peak, in dB, ...
+  double heldDb = 0;
+  // ... and seconds from its end until it stays 40 dB below what it was (4 at most).
+  double releaseS = 0;
+};
+
+PresetSound soundOf(const preset::Preset& preset);
+
+// A Macro at full travel, or for a bipolar one also the other way, against the Preset as it is.
+struct MacroSound {
+  std::string name;
+  double score = 100;  // the lowest of compare's spectral balance, timbre and envelope
+  double levelLu = 0;  // louder by
+  double peakDb = -200;
+};
+std::vector<MacroSound> macrosOf(const preset::Preset& preset);
+
+// The distance of two sounds: about 1 where they are told apart easily.
+double distance(const PresetSound& a, const PresetSound& b);
+
+// What the demos of a Role's sounds come near to.
+double usualLufs(preset::Role role);
+
+// What is wrong with a sound that can be said without looking at others, a line each.
+std::vector<std::string> complaints(const preset::Preset& preset, const PresetSound& sound);
+std::vector<std::string> complaints(const preset::Preset& preset, const std::vector<MacroSound>& macros);
+
+}  // namespace synth::test
