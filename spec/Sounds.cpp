@@ -11,6 +11,7 @@
 #include "core/sounds/Macros.h"
 #include "core/sounds/Pins.h"
 #include "spec/Arrangement.h"
+#include "spec/Parked.h"
 #include "spec/Values.h"
 
 namespace synth::spec {
@@ -132,10 +133,15 @@ pins::Keys pinKeys(const Json& value, const char* form, Refuse refuse) {
 }
 
 void readBusRow(Project& p, const Json& object, const std::string& where) {
-  checkKeys(object, where, {"bus", "pins"});
+  checkKeys(object, where, {"bus", "pins", "parked"});
   const Json& name = required(object, "bus", where);
   const int bus = name.isString() ? readBus(name.string()) : -1;
   if (bus < 0) throw SpecError(whatOf("bus", where) + " is \"I\", \"II\" or \"MASTER\"");
+  if (const Json* parked = object.find("parked")) {
+    checkKeys(*parked, where + ".parked", {"pins"});
+    return readParkedPins(p.busPins[bus], nullptr, required(*parked, "pins", where + ".parked"),
+                          where + ".parked.pins");
+  }
   const Json* value = object.find("pins");
   if (!value || value->isNull()) return pins::clearBus(p, bus);
   pins::setBusKeys(p, bus,

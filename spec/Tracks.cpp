@@ -8,6 +8,7 @@
 #include "core/model/Defaults.h"
 #include "core/sounds/Macros.h"
 #include "spec/OldBase.h"
+#include "spec/Parked.h"
 #include "spec/Presets.h"
 #include "spec/Sounds.h"
 #include "spec/Values.h"
@@ -66,7 +67,7 @@ void readOldSlot(Track& track, const Json& slot, bool oldBase, const std::string
 void readTrack(Project& p, const Json& object, bool oldBase, const std::string& where) {
   checkKeys(object, where,
             {"index", "kind", "name", "origin", "engine_defaults", "preset", "params", "sample",
-             "preset_name", "pins", "macros", "v5_slot"});
+             "preset_name", "pins", "macros", "v5_slot", "parked"});
   const int t = requiredInteger(object, "index", where, 0, limits::tracks - 1);
   Track& track = p.tracks[t];
   auto key = [&](const char* name, auto read) {
@@ -89,6 +90,7 @@ void readTrack(Project& p, const Json& object, bool oldBase, const std::string& 
   key("sample", [&](const Json& v) { readSample(track, v, where + ".sample"); });
   key("preset_name", [&](const Json& v) { readPresetName(track, v, where); });
   key("pins", [&](const Json& v) { readPins(track, v); });
+  key("parked", [&](const Json& v) { readParked(track, v, where + ".parked"); });
 }
 
 int firstDrums(const Project& p) {
