@@ -176,6 +176,12 @@ void readEach(const Json& section, const char* name, Read read) {
     inPlace(placeOf(name, i), [&] { read(items[i], placeOf(name, i)); });
 }
 
+// A stated name as it is, blanks at its end included.
+void keepName(MarkerRec& marker, const std::string& text) {
+  std::fill(std::begin(marker.name), std::end(marker.name), char(0));
+  std::copy(text.begin(), text.end(), marker.name);
+}
+
 }  // namespace
 
 const char* busKey(int bus) {
@@ -228,6 +234,9 @@ void readMarkers(Project& p, const Json& section) {
     for (int i = 0; i < p.markerCount; i++)
       if (p.markers[i].step == u32(at)) throw SpecError("Two markers at Step " + std::to_string(at));
     if (!addMarker(p, u32(at), text)) throw SpecError("Too many markers", holds(limits::markers));
+    if (!name) return;
+    for (int i = 0; i < p.markerCount; i++)
+      if (p.markers[i].step == u32(at)) keepName(p.markers[i], text);
   });
 }
 

@@ -159,6 +159,13 @@ void ducking(const Project& p, int t, Warnings& out) {
                 ", which has no Notes");
 }
 
+void idleMacros(const Project& p, int t, Warnings& out) {
+  std::vector<std::string> idle;
+  for (int m = 0; m < p.tracks[t].macroCount; m++)
+    if (!p.tracks[t].macros[m].targetCount) idle.emplace_back(nameText(p.tracks[t].macros[m].name));
+  if (!idle.empty()) out.push_back(trackText(p, t) + " has Macros that move nothing: " + listed(idle));
+}
+
 void silentEngine(const Project& p, int t, Warnings& out) {
   const Track& track = p.tracks[t];
   if (!isDrums(track) && hasNotes(p, t) && !kinds::rendererOf(track.engine))
@@ -176,6 +183,7 @@ std::vector<std::string> warningsOf(const Project& p) {
     chords(p, t, out);
     sends(p, t, out);
     ducking(p, t, out);
+    idleMacros(p, t, out);
     silentEngine(p, t, out);
   }
   lanes(p, out);
