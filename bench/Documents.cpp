@@ -13,7 +13,7 @@
 #include "core/params/Targets.h"
 #include "spec/Build.h"
 #include "spec/Diff.h"
-#include "spec/Rows.h"
+#include "spec/Export.h"
 
 namespace {
 
@@ -45,20 +45,7 @@ ProjectPtr fullProject() {
   return p;
 }
 
-std::string fullSpec() {
-  auto p = fullProject();
-  json::Json spec = json::Json::object(), patterns = json::Json::array(), clips = json::Json::array(),
-             lanes = json::Json::array();
-  json::Json tracks = json::Json::array();
-  tracks.push(std::move(json::Json::object().add("index", 0).add("kind", "DRUMS")));
-  for (int i = 0; i < p->patternCount; i++) patterns.push(spec::patternSpec(*p, i));
-  for (int i = 0; i < p->clipCount; i++) clips.push(spec::clipSpec(*p, p->clips[i]));
-  for (int r = 0; r < limits::lanes; r++)
-    if (laneInUse(p->lanes[r])) lanes.push(spec::laneSpec(*p, r));
-  spec.add("tracks", std::move(tracks)).add("patterns", std::move(patterns)).add("clips", std::move(clips));
-  spec.add("lanes", std::move(lanes));
-  return json::pretty(spec);
-}
+std::string fullSpec() { return json::pretty(spec::toSpec(*fullProject(), false)); }
 
 void LoadAndValidateFullProject(benchmark::State& state) {
   const std::string image = projectImage(*fullProject());
@@ -98,6 +85,17 @@ void BuildFullSpec(benchmark::State& state) {
   }
 }
 
+// As the command does it, with the proof that the spec builds back.
+void ExportFullProject(benchmark::State& state) {
+  auto p = fullProject();
+  for (auto _ : state) {
+    const json::Json value = spec::toSpec(*p, false);
+    std::string error;
+    if (!spec::rebuilds(*p, value, error)) state.SkipWithError(error.c_str());
+    benchmark::DoNotOptimize(json::pretty(value));
+  }
+}
+
 void DiffFullProjects(benchmark::State& state) {
   auto a = fullProject(), b = copyOf(*a);
   b->notes[9000].velocity = 1;
@@ -109,6 +107,7 @@ BENCHMARK(ValidateFullProject)->Unit(benchmark::kMillisecond);
 BENCHMARK(WriteFullProject)->Unit(benchmark::kMillisecond);
 BENCHMARK(SaveFullProject)->Unit(benchmark::kMillisecond);
 BENCHMARK(BuildFullSpec)->Unit(benchmark::kMillisecond);
+BENCHMARK(ExportFullProject)->Unit(benchmark::kMillisecond);
 BENCHMARK(DiffFullProjects)->Unit(benchmark::kMillisecond);
 
 }  // namespace

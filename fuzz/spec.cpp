@@ -1,4 +1,5 @@
-// Any JSON either is refused with a code and a text, or builds a Project that validates.
+// Any JSON either is refused with a code and a text, or builds a Project that validates and whose export
+// builds it again.
 #include <cstdint>
 #include <cstdlib>
 #include <string>
@@ -6,6 +7,7 @@
 #include "core/model/Validate.h"
 #include "spec/Build.h"
 #include "spec/Diff.h"
+#include "spec/Export.h"
 #include "spec/Warnings.h"
 
 using namespace synth;
@@ -19,6 +21,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!validateProject(*project, error)) std::abort();
     spec::warningsOf(*project);
     if (!spec::diffProjects(*project, *project).items().empty()) std::abort();
+    for (bool full : {false, true})
+      if (!spec::rebuilds(*project, spec::toSpec(*project, full), error)) std::abort();
   } catch (const spec::SpecError& mistake) {
     if (mistake.message().empty() || !mistake.code()[0]) std::abort();
   }
