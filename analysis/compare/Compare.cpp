@@ -9,6 +9,8 @@ namespace synth::analysis {
 namespace {
 
 constexpr double silentLufs = -70;
+constexpr double shortest = 0.5;
+constexpr char tooShort[] = "The reference is shorter than 0.5 s";
 
 // Delayed and cut to lie on the reference, at its loudness; returns by how much it was louder.
 double match(const Audio& render, double offsetS, const Audio& reference, double referenceLufs,
@@ -25,12 +27,11 @@ double match(const Audio& render, double offsetS, const Audio& reference, double
 
 }  // namespace
 
-Comparison measureAgainst(const Audio& reference, const Audio& render, const CompareOptions& options,
-                          const Watch& watch) {
-  constexpr double shortest = 0.5;
-  if (reference.seconds() < shortest) throw std::runtime_error("The reference is shorter than 0.5 s");
-  // Two or, where the offset has to be found, three listenings.
-  const int listenings = options.automatic() ? 3 : 2;
+Comparison measureAgainst(const Audio& reference, const Features& measured, const Audio& render,
+                          const CompareOptions& options, const Watch& watch) {
+  if (reference.seconds() < shortest) throw std::runtime_error(tooShort);
+  // One listening, or two where the offset has to be found.
+  const int listenings = options.automatic() ? 2 : 1;
   int heard = 0;
   auto listen = [&](const Audio& audio) {
     Features f = analyze(audio, options.bpm, {}, [&](double share) {
@@ -40,7 +41,7 @@ Comparison measureAgainst(const Audio& reference, const Audio& render, const Com
     return f;
   };
   Comparison c;
-  c.reference = listen(reference);
+  c.reference = measured;
   c.alignment =
       options.automatic() ? align(c.reference, listen(render)) : Alignment{*options.offset, false, 0};
   const double louder = match(render, c.alignment.offsetS, reference, c.reference.lufs, c.matched);
@@ -50,6 +51,18 @@ Comparison measureAgainst(const Audio& reference, const Audio& render, const Com
   const double bpm = options.bpm > 0 ? options.bpm : c.reference.tempoBpm;
   c.issues = issuesOf(c.reference, c.render, c.differences, bpm);
   return c;
+}
+
+Comparison measureAgainst(const Audio& reference, const Audio& render, const CompareOptions& options,
+                          const Watch& watch) {
+  if (reference.seconds() < shortest) throw std::runtime_error(tooShort);
+  const double share = options.automatic() ? 1.0 / 3 : 0.5;  // of the first of the listenings
+  const Features measured = analyze(reference, options.bpm, {}, [&](double done) {
+    if (watch) watch(share * done);
+  });
+  return measureAgainst(reference, measured, render, options, [&](double done) {
+    if (watch) watch(share + (1 - share) * done);
+  });
 }
 
 json::Json compare(const Audio& reference, const Audio& render, const CompareOptions& options) {

@@ -32,6 +32,10 @@ struct Comparison {
 Comparison measureAgainst(const Audio& reference, const Audio& render, const CompareOptions& options,
                           const Watch& watch = {});
 
+// The same where the reference has been listened to already.
+Comparison measureAgainst(const Audio& reference, const Features& measured, const Audio& render,
+                          const CompareOptions& options, const Watch& watch = {});
+
 // The whole report. Throws std::runtime_error where no bars can be found for `perBar`.
 json::Json comparisonJson(const Comparison& comparison, const CompareOptions& options);
 // Its parts, for shorter reports.

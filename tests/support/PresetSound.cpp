@@ -86,9 +86,9 @@ double silentAfter(const std::vector<double>& levels, size_t from, double db) {
   return double(last - from) / 100;
 }
 
-constexpr int notesApart = 2 * stepsPerSecond;
+constexpr int notesApart = 10;
 
-// A note every two seconds, each half a second long.
+// A note every five quarters of a second, each half a second long.
 Demo singles(const Preset& p) {
   const preset::Range range = preset::range(p);
   Demo demo;
@@ -128,7 +128,7 @@ void measureSingles(const Preset& p, PresetSound& sound) {
 }
 
 // Seconds that a note is given to ring.
-constexpr int longest = 4;
+constexpr int longest = 3;
 
 void measureHeld(const Preset& p, PresetSound& sound) {
   const int centre = preset::range(p).centre;
@@ -177,7 +177,8 @@ std::vector<MacroSound> macrosOf(const Preset& p) {
   const Demo demo = preset::demo(p, 0, compose::Scale::Minor, tempo);
   auto stage = preset::dryStage(p, demo);
   stage->bpm = f32(tempo);
-  const Audio plain = rendered(*stage, 2);
+  const Audio plain = rendered(*stage, 1);
+  const analysis::Features reference = analysis::analyze(plain, tempo, {});
   std::vector<MacroSound> out;
   for (size_t slot = 0; slot < p.macros.size(); slot++)
     for (float value : {1.0f, -1.0f}) {
@@ -187,8 +188,8 @@ std::vector<MacroSound> macrosOf(const Preset& p) {
       analysis::CompareOptions options;
       options.offset = 0;
       options.bpm = tempo;
-      const Audio audio = rendered(*moved, 2);
-      const analysis::Comparison c = analysis::measureAgainst(plain, audio, options);
+      const Audio audio = rendered(*moved, 1);
+      const analysis::Comparison c = analysis::measureAgainst(plain, reference, audio, options);
       MacroSound sound;
       sound.name = p.macros[slot].name;
       if (p.macros[slot].polarity) sound.name += value > 0 ? "+" : "-";

@@ -22,11 +22,11 @@ struct PresetSound {
   // a kit: each Pad at 40 and 120.
   std::vector<NoteSound> notes;
   // Of a melodic sound, at its centre: seconds from the start of a note of a quarter second until it stays
-  // 40 dB below its peak (4 at most), ...
+  // 40 dB below its peak (3 at most), ...
   double ringS = 0;
   // ... the level of a held note after four seconds below its peak, in dB, ...
   double heldDb = 0;
-  // ... and seconds from its end until it stays 40 dB below what it was (4 at most).
+  // ... and seconds from its end until it stays 40 dB below what it was (3 at most).
   double releaseS = 0;
 };
 
