@@ -3,8 +3,8 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <fstream>
 
+#include "base/ByteSource.h"
 #include "base/ReadFile.h"
 #include "cli/Error.h"
 #include "core/ProjectFile.h"
@@ -83,10 +83,11 @@ bool isSpecPath(const std::string& path) {
 
 bool isProject(const std::string& path) {
   if (path == appPath || isSpecPath(path) || path.ends_with(".quorel")) return true;
-  std::ifstream file(path, std::ios::binary);
+  // A pipe is not looked into: that would wait for a writer, and take from it what the reader needs.
+  const auto file = FileBytes::open(path);
+  if (!file) return false;
   char head[4096];
-  file.read(head, sizeof head);
-  const std::string_view begin(head, size_t(file.gcount()));
+  const std::string_view begin(head, file->read(0, head, sizeof head));
   return begin.starts_with("SYNTHPRJ") || startsLikeJson(begin);
 }
 

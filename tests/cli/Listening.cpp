@@ -1,4 +1,6 @@
 // The commands that listen: what they take for audio and what for a project, their refusals, their reports.
+#include <sys/stat.h>
+
 #include <cmath>
 
 #include "base/Text.h"
@@ -142,6 +144,13 @@ TEST_F(Listening, RefusalsSayWhatToDo) {
     expectRefusals("invalid_audio", {command},
                    {{{noise}, noise + ": not an audio file this system can decode", formats}});
   }
+  // A pipe without a writer must not be waited for.
+  const std::string pipe = folder / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+  expectRefusals("invalid_audio", {},
+                 {{{"analyze", pipe}, "Cannot read " + pipe, formats},
+                  {{"spectrogram", wav, "--vs", pipe, "--out", png}, "Cannot read " + pipe, formats},
+                  {{"compare", wav, pipe}, "Cannot read " + pipe, formats}});
   expectRefusals("usage", {"analyze", wav},
                  {{{"--track", "1"}, "--range, --section, --track, --pad and --wet are for projects"},
                   {{"--wet"}, "--range, --section, --track, --pad and --wet are for projects"},
