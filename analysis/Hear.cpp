@@ -45,15 +45,17 @@ struct Passes {
   double tailSeconds = 0;
 };
 
-// As many as cover the seconds. What an export would have let ring out after the last of them rings out here
-// too, and is no reason to begin another.
+// As many as cover the seconds and an hour holds. What an export would have let ring out after the last of
+// them rings out here too, and is no reason to begin another.
 Passes passesFor(const Project& project, const Part& part, double seconds) {
-  constexpr double usualTail = 2.05;
+  constexpr double usualTail = 2.05, mostPasses = 64;
   const double pass =
       spanFrames(project, part.whole ? 0 : part.from, part.whole ? songEnd(project) : part.to) / renderRate;
   if (!(pass > 0)) return {};
+  if (pass > longestSeconds) throw std::runtime_error("A pass lasts longer than an hour");
   const double ringing = std::min(usualTail, 0.6 * pass);
-  const int count = int(std::clamp(std::ceil((seconds - ringing) / pass), 1.0, 64.0));
+  const double most = std::min(mostPasses, std::floor(longestSeconds / pass));
+  const int count = int(std::clamp(std::ceil((seconds - ringing) / pass), 1.0, most));
   return {count, std::clamp(seconds - count * pass, 0.0, ringing)};
 }
 
@@ -66,9 +68,9 @@ Audio hear(const Project& project, const Part& part, double atLeast, const Progr
   else if (part.track >= 0)
     soloTrack(*copy, part.track);
 
+  const Passes passes = passesFor(project, part, atLeast);
   const TemporaryFolder folder;
   const std::string path = folder.path() + "/render.wav";
-  const Passes passes = passesFor(project, part, atLeast);
   std::string error;
   auto sink = makeFileSink(AudioFormat::Wav, path);
   const bool ok = part.whole ? renderSong(*copy, passes.count, *sink, error, passes.tailSeconds, progress)

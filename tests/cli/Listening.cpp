@@ -164,6 +164,8 @@ TEST_F(Listening, RefusalsSayWhatToDo) {
                   {{"--range", "0:8", "--section", "IN"}, "Choose one of --range and --section"}});
   expectRefusals("unknown_track", {"analyze", project}, {{{"--track", "LEAD"}, "No track named LEAD"}});
   expectRefusals("out_of_range", {"analyze", project}, {{{"--range", "64:80"}, "The range begins past"}});
+  expectRefusals("render_failed", {"analyze", project},
+                 {{{"--range", "0:60000"}, "Render failed: A pass lasts longer than an hour"}});
   expectRefusals("unknown_section", {"analyze", project}, {{{"--section", "X"}, "No Marker named X"}});
   expectRefusals("invalid_audio", {"grid"},
                  {{{tiny}, "Audio too short to fit a grid (under 2 s)"},
