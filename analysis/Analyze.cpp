@@ -63,8 +63,12 @@ class Plan {
 
 }  // namespace
 
-Features analyze(const Audio& audio, double /*tempoHint*/, const Score& score, const Watch& watch) {
+void requireAFrame(const Audio& audio) {
   if (audio.size() < size_t(frameSize)) throw std::runtime_error("Audio shorter than 43 ms");
+}
+
+Features analyze(const Audio& audio, double /*tempoHint*/, const Score& score, const Watch& watch) {
+  requireAFrame(audio);
   Features f;
   f.seconds = audio.seconds();
   Spectra spectra(audio, f);

@@ -67,8 +67,11 @@ struct Features {
 // The share of the work that is done, 0..1; may be called from several threads at a time.
 using Watch = std::function<void(double)>;
 
-// Measures everything once. The tempo has no effect on the result. Throws std::runtime_error for audio
-// under 2048 samples. The result does not depend on the number of processors.
+// Throws std::runtime_error for audio that no frame fits into: under 2048 samples.
+void requireAFrame(const Audio& audio);
+
+// Measures everything once. The tempo has no effect on the result, nor has the number of processors. Throws
+// what requireAFrame() throws.
 Features analyze(const Audio& audio, double tempoHint, const Score& score, const Watch& watch = {});
 
 // How much of a sound the Send effects make: the energy of wet - dry over that of wet, in dB, floored at

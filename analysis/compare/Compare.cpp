@@ -30,6 +30,8 @@ double match(const Audio& render, double offsetS, const Audio& reference, double
 Comparison measureAgainst(const Audio& reference, const Features& measured, const Audio& render,
                           const CompareOptions& options, const Watch& watch) {
   if (reference.seconds() < shortest) throw std::runtime_error(tooShort);
+  // With a given offset the render is heard only where it was moved to, with silence around it.
+  requireAFrame(render);
   // One listening, or two where the offset has to be found.
   const int listenings = options.automatic() ? 2 : 1;
   int heard = 0;
