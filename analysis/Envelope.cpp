@@ -35,9 +35,9 @@ class Hits {
 
   // The first hit after a millisecond, else the end.
   long next(long ms) const {
-    for (const Moment& hit : hits_)
-      if (hit.ms > ms) return hit.ms;
-    return long(slow_.size());
+    const auto later = [](long at, const Moment& hit) { return at < hit.ms; };
+    const auto found = std::upper_bound(hits_.begin(), hits_.end(), ms, later);
+    return found != hits_.end() ? found->ms : long(slow_.size());
   }
 
   void measure(size_t index, std::vector<double>& attacks, Falls& falls) const {

@@ -75,9 +75,11 @@ void pairOnsets(const Features& reference, const Features& render, Differences& 
   constexpr int farthest = 5;  // frames
   std::vector<char> used(render.onsetFrames.size(), 0);
   int pairs = 0;
+  size_t near = 0;  // both lists rise, so what is too early once is too early for the rest
   for (int frame : reference.onsetFrames) {
     int best = -1, distance = farthest;
-    for (size_t i = 0; i < used.size(); i++) {
+    while (near < used.size() && render.onsetFrames[near] < frame - farthest) near++;
+    for (size_t i = near; i < used.size() && render.onsetFrames[i] <= frame + farthest; i++) {
       const int away = std::abs(render.onsetFrames[i] - frame);
       if (used[i] || away > distance) continue;
       best = int(i);
