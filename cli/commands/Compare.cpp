@@ -137,7 +137,8 @@ Json compareBoth(const Args& args) {
 
   const Audio reference = hearFile(args.positionals[0]);
   const Comparison c = measured(reference, hear(render, reference.seconds()), options, render.path);
-  Json report = orInvalidAudio([&] { return comparisonJson(c, options); }, "Give the tempo with --bpm");
+  Json report =
+      orInvalidAudio([&] { return comparisonJson(c, options); }, "Fix the bars with --bpm and --downbeat");
   Json result = Json::object();
   for (Json::Member& member : report.members()) {
     result.add(member.key, std::move(member.value));
