@@ -40,7 +40,8 @@ std::vector<ArgSpec> timeSpanOptions() {
 }
 
 KnownGrid knownGrid(const Args& args) {
-  return {numberOption(args, "bpm", 0, 0, 400), numberOption(args, "downbeat", -1, 0, 3600)};
+  const double bpm = numberOption(args, "bpm", 0, 0, 400);
+  return {bpm > 0 ? std::max(bpm, analysis::slowestBpm) : 0, numberOption(args, "downbeat", -1, 0, 3600)};
 }
 
 CliError emptySpan(double seconds) {
@@ -62,7 +63,8 @@ TimeSpan timeSpan(const Args& args, double seconds,
                      "Use --time A..B in seconds, or fix the grid with --bpm and --downbeat");
     span = barsOf(args, *found);
   }
-  if (span.fromS >= seconds) throw emptySpan(seconds);
+  // Of no audio at all there is something else to say.
+  if (seconds > 0 && span.fromS >= seconds) throw emptySpan(seconds);
   span.toS = std::min(span.toS, seconds);
   return span;
 }

@@ -25,6 +25,9 @@ struct Grid {
   double barS() const { return 240 / bpm; }
 };
 
+// A bar of four minutes: what is slower is no tempo.
+inline constexpr double slowestBpm = 1;
+
 struct PreciseOnset {
   double seconds, strength;
 };

@@ -74,11 +74,8 @@ Candidate search(const std::vector<PreciseOnset>& onsets, double centre, double 
 
 double truncated(double value, double scale) { return std::floor(value * scale + 1e-6) / scale; }
 
-// A bar of four minutes: what is slower is no tempo.
-constexpr double slowestKnown = 1;
-
 std::vector<Candidate> candidatesOf(const std::vector<PreciseOnset>& onsets, double heard, double known) {
-  if (known > 0) return {search(onsets, std::max(known, slowestKnown), 0.01)};
+  if (known > 0) return {search(onsets, std::max(known, slowestBpm), 0.01)};
   constexpr double slowest = 60, fastest = 200, fallback = 120;
   std::vector<Candidate> out;
   double first = 0;

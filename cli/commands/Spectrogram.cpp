@@ -37,7 +37,7 @@ Grid gridOfProject(const Source& source, const KnownGrid& known) {
   Grid grid;
   grid.bpm = known.bpm > 0 ? known.bpm : source.bpm();
   const u32 before = source.part.whole ? 0 : (16 - source.part.from % 16) % 16;
-  grid.downbeatS = known.downbeatS >= 0 ? known.downbeatS : before * grid.stepS();
+  grid.downbeatS = known.downbeatS >= 0 ? std::fmod(known.downbeatS, grid.barS()) : before * grid.stepS();
   grid.bar1Confidence = grid.tempoConfidence = 1;
   return grid;
 }

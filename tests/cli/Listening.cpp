@@ -112,6 +112,10 @@ TEST_F(Listening, SpectrogramsAreWrittenOnceAndSayHowToBeRead) {
   const Reply own = quorel({"spectrogram", project, "--out", png, "--force", "--range", "8:32"});
   EXPECT_EQ(own.number("data.grid.bpm"), 126);
   EXPECT_NEAR(own.number("data.grid.downbeat_s"), 120 / 126.0, 1e-3);
+  const Reply fixed =
+      quorel({"spectrogram", project, "--out", png, "--force", "--bpm", "1e-310", "--downbeat", "250"});
+  EXPECT_EQ(fixed.number("data.grid.bpm"), 1);
+  EXPECT_EQ(fixed.number("data.grid.downbeat_s"), 10);
 }
 
 TEST_F(Listening, CompareJudgesARenderAndItsStems) {
@@ -179,8 +183,12 @@ TEST_F(Listening, RefusalsSayWhatToDo) {
                   {{"--out", png, "--fmax", "C#"}, "--fmax needs an octave, e.g. C#3, got C#"},
                   {{"--out", png, "--fmin", "A4", "--fmax", "A4"}, "--fmax must be above --fmin"},
                   {{"--out", png, "--width", "100"}, "--width must be an integer 200..4000"}});
+  const std::string empty = folder / "empty.wav";
+  writeAll(empty, test::readAll(wav).substr(0, 36) + std::string("data\0\0\0\0", 8));
   expectRefusals("invalid_audio", {"spectrogram"},
-                 {{{wav, "--out", png, "--time", "90..95"}, "The span is empty"},
+                 {{{empty, "--out", png}, "Nothing to draw"},
+                  {{empty, "--out", png, "--time", "0..1"}, "Nothing to draw"},
+                  {{wav, "--out", png, "--time", "90..95"}, "The span is empty"},
                   {{wav, "--out", png, "--time", "1..1.01"}, "The time span is shorter than 50 ms"},
                   {{tiny, "--out", png, "--from", "1"},
                    "No beat grid found for --from/--bars",
