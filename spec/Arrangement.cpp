@@ -96,7 +96,9 @@ void finishLane(Project& p, int row, int target, const Json& object, const std::
 const std::string* targetText(const Json& object, const std::string& where) {
   const Json& target = required(object, "target", where);
   if (target.isNull()) return nullptr;
-  if (!target.isString()) throw SpecError(whatOf("target", where) + " is a target's name");
+  if (!target.isString())
+    throw SpecError(whatOf("target", where) + " is a target's name",
+                    "List them with: quorel targets (null: the Engine's defaults)");
   return &target.string();
 }
 

@@ -124,7 +124,7 @@ template <class Refuse>
 pins::Keys pinKeys(const Json& value, const char* form, Refuse refuse) {
   pins::Keys keys;
   for (const Json& key : list(value, form)) {
-    if (!key.isString()) throw SpecError(form);
+    if (!key.isString()) throw SpecError(form, "Keys in quotes (null: the Engine's defaults)");
     refuse(key.string());
     keys.push_back(key.string());
   }

@@ -55,7 +55,7 @@ json::Json bandsPerBar(const Features& reference, const Features& render, double
         continue;
       }
       const double db = powerDb(played[bar][b]) - powerDb(wanted[bar][b]);
-      jumps.push_back({bar, b, db});
+      if (rounded(db, 1) != 0) jumps.push_back({bar, b, db});
       row.add(Bands[b].name, rounded(db, 1));
     }
     rows.push(std::move(row));

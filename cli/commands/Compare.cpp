@@ -50,6 +50,8 @@ Stem stemOf(const std::string& text, const Source& render) {
     throw usage("--stem is NAME=REF=RENDER, got " + text,
                 "e.g. --stem bass=stems/bass.wav=1 (track 1 of the project)");
   Stem stem{text.substr(0, first), text.substr(first + 1, second - first - 1), {}, {}};
+  // Before the whole is compared, which takes a while.
+  if (!isFile(stem.reference)) throw CliError("not_found", "No such file: " + stem.reference);
   const std::string played = text.substr(second + 1);
   // A file may bear a plus in its name.
   stem.files = isFile(played) ? std::vector<std::string>{played} : splitAtPlus(played);

@@ -86,10 +86,18 @@ void draw(const std::string& path, const std::vector<const analysis::Audio*>& au
   }
 }
 
+// What is listened to is never drawn over, not even with --force.
+void refuseOver(const std::string& out, const std::string& input) {
+  std::error_code none;
+  if (std::filesystem::equivalent(out, input, none)) throw usage("--out " + out + " is the input itself");
+}
+
 Json drawInput(const Args& args) {
   if (!args.has("out")) throw usage("spectrogram needs --out", "--out path.png");
   const std::string& out = args.at("out");
   refuseExisting(out, args.has("force"));
+  refuseOver(out, args.positionals[0]);
+  if (args.has("vs")) refuseOver(out, args.at("vs"));
   analysis::PictureSettings settings;
   settings.fminHz = frequencyOption(args, "fmin", settings.fminHz);
   settings.fmaxHz = frequencyOption(args, "fmax", settings.fmaxHz);

@@ -182,6 +182,7 @@ TEST_F(Listening, RefusalsSayWhatToDo) {
                   {{"--out", png, "--fmin", "H2"}, "--fmin is Hz or a note like C#3, got H2"},
                   {{"--out", png, "--fmax", "C#"}, "--fmax needs an octave, e.g. C#3, got C#"},
                   {{"--out", png, "--fmin", "A4", "--fmax", "A4"}, "--fmax must be above --fmin"},
+                  {{"--out", wav, "--force"}, "--out " + wav + " is the input itself"},
                   {{"--out", png, "--width", "100"}, "--width must be an integer 200..4000"}});
   const std::string empty = folder / "empty.wav";
   writeAll(empty, test::readAll(wav).substr(0, 36) + std::string("data\0\0\0\0", 8));
@@ -205,7 +206,9 @@ TEST_F(Listening, RefusalsSayWhatToDo) {
                   {{"--stem", "bass=" + wav + "=1"},
                    "Track numbers or names in --stem need a project to render; 1 is not a file"}});
   expectRefusals("invalid_audio", {"compare"}, {{{tiny, wav}, "The reference is shorter than 0.5 s"}});
-  expectRefusals("not_found", {"compare"}, {{{missing, wav}, "No such file: " + missing}});
+  expectRefusals("not_found", {"compare"},
+                 {{{missing, wav}, "No such file: " + missing},
+                  {{wav, wav, "--stem", "x=" + missing + "=" + wav}, "No such file: " + missing}});
 }
 
 }  // namespace
