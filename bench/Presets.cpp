@@ -27,7 +27,7 @@ std::string line(const Preset& p, const PresetSound& s) {
       "ring %4.2f held %6.1f release %4.2f",
       p.name.c_str(), preset::roleName(p.role), p.family.c_str(), preset::engineName(p).c_str(), s.demo.lufs,
       s.demo.peakDbfs, s.demo.centroidHz, analysis::powerDb(s.demo.flatness), s.demo.harmonicToNoiseDb,
-      s.demo.sideMidDb, s.demo.attackMs, s.ringS, s.heldDb, s.releaseS);
+      s.demo.sideMidDb, s.riseMs, s.ringS, s.heldDb, s.releaseS);
 }
 
 struct Pair {
@@ -100,7 +100,7 @@ std::string tableRow(const Preset& p, const PresetSound& s) {
             joinedWords(p.tags).c_str(), joinedWords(macros).c_str());
   if (p.engine == SAMPLER && p.kind != DRUMS) return row + " | | | | | | |\n";
   row += print(" %.1f | %.1f | %.0f | %.0f | %.0f |", s.demo.lufs, s.demo.peakDbfs, s.demo.centroidHz,
-               s.demo.attackMs, s.demo.sideMidDb);
+               s.riseMs, s.demo.sideMidDb);
   if (p.kind == DRUMS) return row + " | |\n";
   return row + (s.ringS < 3 ? print(" %.2f |", s.ringS) : " 3 or more |") + print(" %.0f |\n", s.heldDb);
 }
@@ -124,7 +124,7 @@ std::string factoryTable() {
   std::string out;
   for (int role = 0; role < preset::roles; role++) {
     out += print(
-        "\n## %s\n\n| name | family | engine | tags | Macros | LUFS | peak dBFS | centroid Hz | attack ms | "
+        "\n## %s\n\n| name | family | engine | tags | Macros | LUFS | peak dBFS | centroid Hz | rises ms | "
         "side/mid dB | rings s | held dB |\n|---|---|---|---|---|---:|---:|---:|---:|---:|---:|---:|\n",
         preset::roleName(preset::Role(role)));
     for (size_t i = 0; i < presets.size(); i++)

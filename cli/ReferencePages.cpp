@@ -2,6 +2,7 @@
 #include "cli/Command.h"
 #include "cli/Help.h"
 #include "cli/Pages.h"
+#include "core/params/Perceptual.h"
 #include "core/params/Registry.h"
 #include "core/params/Targets.h"
 #include "spec/Schema.h"
@@ -54,6 +55,19 @@ std::string rangeOf(const param::Info& info) {
   return text::joined(labels, ", ");
 }
 
+// The unit of a Macro's amount, for what a Macro can move at all.
+const char* amountUnit(const param::Info& info) {
+  if (info.scope == param::ScopeProject || info.whole()) return "";
+  switch (perceptual::unitOf(info)) {
+    case perceptual::Octave: return "octaves";
+    case perceptual::Decibel:
+    case perceptual::Level: return "dB";
+    case perceptual::Time: return "×";
+    case perceptual::Own: break;
+  }
+  return *info.unit ? info.unit : "its own";
+}
+
 std::string parametersPage() {
   std::string out =
       "# Parameters\n\nEvery settable value, by its key in specs and on the command line. A target is what "
@@ -64,7 +78,8 @@ std::string parametersPage() {
     const std::string here = std::string(param::scopeName(info.scope)) + ": " + info.group;
     if (here != heading)
       out += "\n## " + here +
-             "\n\n| key | label | range | unit | default | target | |\n|---|---|---|---|---|---|---|\n";
+             "\n\n| key | label | range | unit | default | target | Macros | "
+             "|\n|---|---|---|---|---|---|---|---|\n";
     heading = here;
     const int target = automation::targetOf(info);
     const char* meaning = param::meaning(info);
@@ -72,7 +87,7 @@ std::string parametersPage() {
     out +=
         row({code(info.key), info.label, rangeOf(info), info.unit,
              info.optionCount ? info.options[int(initial)] : number(initial),
-             target < 0 ? "" : automation::targetName(target),
+             target < 0 ? "" : automation::targetName(target), amountUnit(info),
              std::string(meaning ? meaning : "") + (info.applies == param::DrumsOnly     ? " (Drums tracks)"
                                                     : info.applies == param::MelodicOnly ? " (melodic tracks)"
                                                                                          : "")});

@@ -71,7 +71,7 @@ TEST(PresetSounds, KeepTheirPromises) {
   auto side = [](const Measured& m) { return m.sound.demo.sideMidDb; };
   auto flatness = [](const Measured& m) { return analysis::powerDb(m.sound.demo.flatness); };
   auto harmonic = [](const Measured& m) { return m.sound.demo.harmonicToNoiseDb; };
-  auto attack = [](const Measured& m) { return m.sound.demo.attackMs; };
+  auto attack = [](const Measured& m) { return m.sound.riseMs; };
   auto noisy = [](const Measured& m) { return m.preset->family == "NOISE"; };
   auto tonal = [](const Measured& m) { return m.preset->family != "NOISE" && m.preset->kind != DRUMS; };
   EXPECT_GE(medianOf(all, tag("BRIGHT"), centroid), 2 * medianOf(all, tag("DARK"), centroid));

@@ -86,9 +86,20 @@ double silentAfter(const std::vector<double>& levels, size_t from, double db) {
   return double(last - from) / 100;
 }
 
-constexpr int notesApart = 10;
+// From a tenth of the first peak's height to nine tenths, in milliseconds. A peak is where the level, held
+// against the beating of voices, has come within a dB of the highest of the first two seconds.
+double riseOf(const std::vector<double>& level) {
+  const double top = highest(level, 0, 200);
+  size_t low = 0, high = 0;
+  while (low < level.size() && level[low] < top - 20) low++;
+  high = low;
+  while (high < level.size() && level[high] < top - 1) high++;
+  return double(high - low) * 10;
+}
 
-// A note every five quarters of a second, each half a second long.
+constexpr int notesApart = 2 * stepsPerSecond;
+
+// A note every two seconds, each half a second long.
 Demo singles(const Preset& p) {
   const preset::Range range = preset::range(p);
   Demo demo;
@@ -143,6 +154,7 @@ void measureHeld(const Preset& p, PresetSound& sound) {
   if (level.size() < off + on) return;
   const double shortPeak = highest(level, 0, on), heldPeak = highest(level, on, off);
   sound.ringS = silentAfter({level.begin(), level.begin() + on}, 0, shortPeak - 40);
+  sound.riseMs = riseOf({level.begin() + on, level.begin() + off});
   const double end = highest(level, off - 20, off);
   sound.heldDb = end - heldPeak;
   sound.releaseS = silentAfter(level, off, end - 40);
