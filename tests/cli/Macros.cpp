@@ -1,5 +1,7 @@
 // The macro commands as a user meets them.
+#include "core/ProjectFile.h"
 #include "support/Cli.h"
+#include "support/PlainProject.h"
 
 namespace synth::test {
 namespace {
@@ -9,7 +11,8 @@ struct Song {
   std::string path = folder / "song.quorel";
 
   Song() {
-    EXPECT_EQ(quorel({"project", "new", path}).status, 0);
+    std::string error;
+    EXPECT_TRUE(saveProject(*test::plainProject(), path, error)) << error;
     EXPECT_EQ(
         quorel({"project", "set", path, "cutoff=2000", "attack=0.01", "--track", "2", "--in-place"}).status,
         0);

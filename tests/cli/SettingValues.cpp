@@ -3,6 +3,7 @@
 #include "core/ProjectFile.h"
 #include "core/model/Defaults.h"
 #include "support/Cli.h"
+#include "support/PlainProject.h"
 
 namespace synth::test {
 namespace {
@@ -11,7 +12,10 @@ struct Song {
   TempFolder folder;
   std::string path = folder / "song.quorel";
 
-  Song() { EXPECT_EQ(quorel({"project", "new", path}).status, 0); }
+  Song() {
+    std::string error;
+    EXPECT_TRUE(saveProject(*test::plainProject(), path, error)) << error;
+  }
   Reply set(Words words) const {
     words.insert(words.begin(), {"project", "set", path});
     return quorel(words);

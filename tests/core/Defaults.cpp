@@ -14,6 +14,7 @@
 #include "core/model/Patterns.h"
 #include "core/model/Tracks.h"
 #include "core/model/Validate.h"
+#include "support/PlainProject.h"
 
 namespace synth {
 namespace {
@@ -87,7 +88,7 @@ TEST(Defaults, InferTheTracksThatAreUsed) {
 }
 
 TEST(Defaults, SwitchTheEngineAndKeepTheRestOfTheSound) {
-  Track t = starterTrack(2);
+  Track t = test::plainProject()->tracks[2];
   t.engine1 = 0.9f;
   t.cutoff = 300;
   t.drawbar_3 = 0.1f;

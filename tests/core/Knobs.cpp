@@ -19,6 +19,7 @@
 #include "core/model/Validate.h"
 #include "core/params/Targets.h"
 #include "core/sounds/MacroEdit.h"
+#include "support/PlainProject.h"
 #include "support/RandomProject.h"
 
 namespace synth::test {
@@ -27,7 +28,7 @@ namespace {
 int rowKnob(const char* key) { return knobs::firstParameter + param::find(key)->id; }
 
 TEST(Knobs, MoveTheirTargets) {
-  auto p = makeProject();
+  auto p = plainProject();
   const struct {
     int code, target;
   } melodic[] = {{11, automation::CUTOFF},
@@ -76,7 +77,7 @@ TEST(Knobs, MoveTheirTargets) {
 }
 
 TEST(Knobs, RecordGesturesIntoLanes) {
-  auto p = makeProject();
+  auto p = plainProject();
   EXPECT_FALSE(knobs::lane(*p, 11, 1));
   EXPECT_TRUE(knobs::record(*p, 11, 1, 0, 4, 0.2, 0.9));
   EXPECT_TRUE(knobs::lane(*p, 11, 1));
@@ -89,7 +90,7 @@ TEST(Knobs, RecordGesturesIntoLanes) {
 }
 
 TEST(Knobs, LockAllSelectedNotesOrNone) {
-  auto p = makeProject();
+  auto p = plainProject();
   clearArrangement(*p);
   addLoop(*p, 1, 16, 0, 0);
   Note n;
@@ -167,7 +168,7 @@ TEST(Reading, NamesChords) {
 }
 
 TEST(Reading, LoopsLengthsAndFaults) {
-  auto p = makeProject();
+  auto p = plainProject();
   clearArrangement(*p);
   EXPECT_EQ(workspace::totalSteps(*p), 16u);
   EXPECT_FALSE(workspace::resolveLoop(*p, true).any());
@@ -199,7 +200,7 @@ TEST(Reading, LoopsLengthsAndFaults) {
 }
 
 TEST(Selection, KeepsClipsThatAreThere) {
-  auto p = makeProject();
+  auto p = plainProject();
   clearArrangement(*p);
   addLoop(*p, 1, 16, 0, 0);
   addLoop(*p, 2, 16, 32, 0);

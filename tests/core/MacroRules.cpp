@@ -20,6 +20,7 @@
 #include "core/sounds/MacroTravel.h"
 #include "core/sounds/Macros.h"
 #include "core/sounds/Pins.h"
+#include "support/PlainProject.h"
 #include "support/RandomProject.h"
 
 namespace synth::test {
@@ -76,7 +77,7 @@ TEST(MacroRules, OffsetsAreMonotoneSoftAndUndoneByTheirAmount) {
 }
 
 TEST(MacroRules, AddNamesAndRefuses) {
-  auto p = makeProject();
+  auto p = plainProject();
   std::string error;
   for (int i = 0; i < limits::macros; i++)
     ASSERT_EQ(macros::add(*p, 2, "M" + std::to_string(i), false, 2, error), i);
@@ -112,7 +113,7 @@ TEST(MacroRules, AddNamesAndRefuses) {
 }
 
 TEST(MacroRules, MapChecksEverythingAndKeepsPlaces) {
-  auto p = makeProject();
+  auto p = plainProject();
   std::string error;
   const int uni = macros::add(*p, 1, "UNI", false, 0, error), bi = macros::add(*p, 1, "BI", true, 0, error);
   auto map = [&](int slot, const char* key, int pad, f32 amount, f32 down, f32 from, f32 to) {
@@ -162,7 +163,7 @@ TEST(MacroRules, MapChecksEverythingAndKeepsPlaces) {
 
 // A Track with four Macros, each driven by a Lane, a Lock and a Pin.
 ProjectPtr driven() {
-  auto p = makeProject();
+  auto p = plainProject();
   clearArrangement(*p);
   std::string error;
   Note note;
@@ -276,7 +277,7 @@ TEST(MacroRules, RandomEditsKeepTheProjectValid) {
 }
 
 TEST(MacroRules, APlanHoldsEachTargetOnce) {
-  auto p = makeProject();
+  auto p = plainProject();
   std::string error;
   for (const char* name : {"A", "B"}) {
     const int slot = macros::add(*p, 1, name, false, 0.5f, error);
@@ -299,7 +300,7 @@ TEST(MacroRules, APlanHoldsEachTargetOnce) {
 }
 
 TEST(Pins, DefaultsBecomeOnesOwnWithTheFirstChange) {
-  auto p = makeProject();
+  auto p = plainProject();
   Track& t = p->tracks[1];
   EXPECT_EQ(pins::keys(t), pins::defaultKeys(MELODIC));
   EXPECT_TRUE(pins::unpin(t, "cutoff"));
@@ -328,7 +329,7 @@ TEST(Pins, DefaultsBecomeOnesOwnWithTheFirstChange) {
 }
 
 TEST(Pins, ASendsPinsGoWithItsEffect) {
-  auto p = makeProject();
+  auto p = plainProject();
   p->fx1.type = FX_DELAY;
   EXPECT_EQ(pins::busKeys(*p, SendI)[0], "fx1_return");
   EXPECT_TRUE(pins::pinnedBus(*p, SendI, "fx1_delay_time"));

@@ -10,6 +10,7 @@
 #include "core/Names.h"
 #include "core/model/Defaults.h"
 #include "core/model/Validate.h"
+#include "support/PlainProject.h"
 #include "support/RandomProject.h"
 #include "support/TempFolder.h"
 
@@ -48,7 +49,7 @@ TEST(ProjectFile, KeepsEveryByteOfSixtySongs) {
 }
 
 TEST(ProjectFile, KeepsWhatIsEasilyLost) {
-  auto song = makeProject();
+  auto song = test::plainProject();
   song->tracks[15].pan = -0.0f;
   song->tracks[15].pad_note[7] = 127;
   song->tracks[14].track_kind = DRUMS;

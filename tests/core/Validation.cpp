@@ -14,6 +14,7 @@
 #include "core/model/Markers.h"
 #include "core/model/Notes.h"
 #include "core/model/Patterns.h"
+#include "support/PlainProject.h"
 
 namespace synth {
 namespace {
@@ -27,7 +28,7 @@ struct Fault {
 // Rows: Patterns (0,0) (1,0) (1,1 its front) (2,0) (3,0); Clips 0 and 1 on the kit 0, 2 on Track 1; Notes 0
 // on the kit, 1 and 2 on Track 1; Lanes 8 (three points, a jump), 128 (one) and 152 (two).
 ProjectPtr full() {
-  auto p = makeProject();
+  auto p = test::plainProject();
   Note note;
   note.velocity = 100;
   note.pitch = 3;

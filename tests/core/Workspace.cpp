@@ -20,6 +20,7 @@
 #include "core/model/Tracks.h"
 #include "core/model/Validate.h"
 #include "core/params/Targets.h"
+#include "support/PlainProject.h"
 #include "support/RandomProject.h"
 
 namespace synth::test {
@@ -35,7 +36,7 @@ std::string errorOf(const Project& p) {
 std::string nameOf(const Project& p, int t) { return std::string(nameText(p.tracks[t].name)); }
 
 TEST(Workspace, TracksComeAndGo) {
-  auto p = makeProject();
+  auto p = plainProject();
   int index = -1;
   EXPECT_TRUE(addTrack(*p, MELODIC, index));
   EXPECT_EQ(index, 4);
@@ -64,7 +65,7 @@ TEST(Workspace, TracksComeAndGo) {
 }
 
 TEST(Workspace, CopiesGoBehindTheirOriginalsWithAllTheyHold) {
-  auto p = makeProject();
+  auto p = plainProject();
   TrackMap map;
   EXPECT_STREQ(duplicateTracks(*p, 0, map).message, "Select a track to duplicate");
   const int notes = p->noteCount, clips = trackClips(*p, 1);
@@ -83,7 +84,7 @@ TEST(Workspace, CopiesGoBehindTheirOriginalsWithAllTheyHold) {
 }
 
 TEST(Workspace, TracksMoveAsBlocksAndStopAtTheEnds) {
-  auto p = makeProject();
+  auto p = plainProject();
   TrackMap map;
   for (int t = 0; t < 4; t++) setName(p->tracks[t].name, std::string(1, char('A' + t)));
   auto order = [&] { return nameOf(*p, 0) + nameOf(*p, 1) + nameOf(*p, 2) + nameOf(*p, 3); };
@@ -106,7 +107,7 @@ TEST(Workspace, TracksMoveAsBlocksAndStopAtTheEnds) {
 }
 
 TEST(Workspace, PatternsChangeTheirLength) {
-  auto p = makeProject();
+  auto p = plainProject();
   clearArrangement(*p);
   addLoop(*p, 1, 32, 0, 0);
   Note n;
@@ -124,7 +125,7 @@ TEST(Workspace, PatternsChangeTheirLength) {
 }
 
 TEST(Workspace, LocksBelongToNotes) {
-  auto p = makeProject();
+  auto p = plainProject();
   clearArrangement(*p);
   addLoop(*p, 1, 16, 0, 0);
   addLoop(*p, 0, 16, 0, 0);
@@ -160,7 +161,7 @@ TEST(Workspace, LocksBelongToNotes) {
 }
 
 TEST(Workspace, LanesAreClaimedAndDrawn) {
-  auto p = makeProject();
+  auto p = plainProject();
   clearArrangement(*p);
   int lane = -1;
   EXPECT_TRUE(claimLane(*p, 1, automation::ENGINE_3, lane));
@@ -206,7 +207,7 @@ TEST(Workspace, LanesAreClaimedAndDrawn) {
 }
 
 TEST(Workspace, PointsThinAndSimplifyKeepTheShape) {
-  auto p = makeProject();
+  auto p = plainProject();
   std::vector<LanePoint> points;
   for (u32 i = 0; i <= 640; i++)
     points.push_back({i * 4, u16(32768 + 30000 * std::sin(double(i) / 60)), 0, 0});
@@ -228,7 +229,7 @@ TEST(Workspace, PointsThinAndSimplifyKeepTheShape) {
 }
 
 TEST(Workspace, ARestKeepsTheLineThatLeadsToIt) {
-  auto p = makeProject();
+  auto p = plainProject();
   const LanePoint drawn[] = {{0, 0, 0, 0}, {64, 40000, 0, 0}, {128, 20000, 0, 0}, {192, 0, 1, 0}};
   const int row = laneRow(1, 4), target = automation::CUTOFF;
   int lane = -1;
@@ -254,7 +255,7 @@ TEST(Workspace, ARestKeepsTheLineThatLeadsToIt) {
 }
 
 TEST(Workspace, ARefusedEditLeavesALaneSwitchedOff) {
-  auto p = makeProject();
+  auto p = plainProject();
   int lane = -1, index = 5;
   ASSERT_TRUE(drawLane(*p, 1, automation::CUTOFF, 0, 0, 4, 1));
   ASSERT_TRUE(addPoint(*p, 1, automation::CUTOFF, 2, 0.5, index));
@@ -293,7 +294,7 @@ TEST(Workspace, BandsBendByTheirNearness) {
 }
 
 TEST(Workspace, PointsStayInTheirPlaces) {
-  auto p = makeProject();
+  auto p = plainProject();
   const LanePoint points[] = {{16, 1000, 0, 0}, {32, 2000, 0, 0}, {64, 3000, 0, 0}};
   p->lanes[0].enabled = p->lanes[0].target = 1;
   setLanePoints(*p, 0, points, 3);

@@ -35,6 +35,7 @@ void randomValues(Random& r, Project& p, int percent) {
 
 void randomMacros(Random& r, Track& track) {
   const int count = r.below(4);
+  for (MacroRec& macro : track.macros) macro = MacroRec{};
   for (int m = 0; m < count; m++) {
     MacroRec& macro = track.macros[m];
     setName(macro.name, "MOVE-" + std::to_string(m));
@@ -58,6 +59,7 @@ void randomMacros(Random& r, Track& track) {
 }
 
 void randomPins(Random& r, PinList& pins, bool ofTrack) {
+  pins = PinList{};
   if (!r.chance(30)) return;
   pins.custom = 1;
   pins.count = u8(r.below(6));
