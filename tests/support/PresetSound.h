@@ -18,8 +18,8 @@ struct NoteSound {
 struct PresetSound {
   analysis::Features demo;
   bool finite = true;
-  // Of a melodic sound: low, centre and high of its register at velocities 40, 90 and 127, in this order. Of
-  // a kit: each Pad at 40 and 120.
+  // At velocities 40 and 120, in this order: of a melodic sound low, centre and high of its register, of a
+  // kit each Pad.
   std::vector<NoteSound> notes;
   // Of a melodic sound, at its centre: seconds from the start of a note of a quarter second until it stays
   // 40 dB below its peak (3 at most), ...
