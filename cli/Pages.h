@@ -12,7 +12,7 @@ struct Page {
   std::string text;
 };
 
-// commands.md, parameters.md, targets.md, spec.md.
+// commands.md, parameters.md, specs.md, targets.md.
 std::vector<Page> referencePages();
 
 // For a shell's completion folder, and for man.

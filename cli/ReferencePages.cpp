@@ -198,7 +198,7 @@ std::vector<Page> referencePages() {
   return {{"commands.md", commandsPage()},
           {"parameters.md", parametersPage()},
           {"targets.md", targetsPage()},
-          {"spec.md", specPage()}};
+          {"specs.md", specPage()}};
 }
 
 }  // namespace synth::cli
