@@ -11,18 +11,29 @@
 namespace synth::example_files {
 std::span<const Embedded> files();
 }
+namespace synth::fixture_files {
+std::span<const Embedded> files();
+}
 
 namespace synth::spec {
 namespace {
 
-std::span<const Embedded> files() { return example_files::files(); }
-const Embedded& fileAt(int i) { return files()[size_t(std::clamp(i, 0, exampleCount() - 1))]; }
+std::string textOf(std::span<const Embedded> files, int i) {
+  return std::string(files[size_t(std::clamp(i, 0, int(files.size()) - 1))].text);
+}
+
+ProjectPtr made(const std::string& text) {
+  std::string error;
+  const Json spec = json::parse(text, error);
+  if (!error.empty()) throw std::runtime_error(error);
+  return build(spec);
+}
 
 }  // namespace
 
-int exampleCount() { return int(files().size()); }
-
-std::string exampleText(int i) { return std::string(fileAt(i).text); }
+int exampleCount() { return int(example_files::files().size()); }
+std::string exampleText(int i) { return textOf(example_files::files(), i); }
+ProjectPtr makeExample(int i) { return made(exampleText(i)); }
 
 // An example's first line is a comment that describes it.
 ExampleInfo exampleInfo(int i) {
@@ -31,11 +42,8 @@ ExampleInfo exampleInfo(int i) {
   return {std::string(projectName(*makeExample(i))), description};
 }
 
-ProjectPtr makeExample(int i) {
-  std::string error;
-  const Json spec = json::parse(exampleText(i), error);
-  if (!error.empty()) throw std::runtime_error("Example " + std::to_string(i) + ": " + error);
-  return build(spec);
-}
+int fixtureCount() { return int(fixture_files::files().size()); }
+std::string fixtureText(int i) { return textOf(fixture_files::files(), i); }
+ProjectPtr makeFixture(int i) { return made(fixtureText(i)); }
 
 }  // namespace synth::spec

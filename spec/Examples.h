@@ -18,4 +18,10 @@ ProjectPtr makeExample(int i);
 // The spec's own text.
 std::string exampleText(int i);
 
+// Small projects for tests and demonstrations: ION GARDEN, PAPER WINDOWS, NIGHT TRANSIT.
+int fixtureCount();
+// Clamped to the fixtures there are.
+ProjectPtr makeFixture(int i);
+std::string fixtureText(int i);
+
 }  // namespace synth::spec

@@ -87,7 +87,8 @@ u16 lockValue(const Track& track, int target, const std::string& name, const Jso
 
 void addLock(Note& note, const Track& track, int target, const std::string& name, u16 value,
              const std::string& place) {
-  if (isDrums(track) && !lockable(target, true)) throw SpecError("A hit locks PITCH and DECAY (its Pad's)");
+  if (isDrums(track) && !lockable(target, true))
+    throw SpecError("A hit locks PITCH and DECAY (its Pad's)", "A Lane moves other values of a kit");
   if (!lockable(target, isDrums(track)))
     throw SpecError("A Note cannot lock " + name, "The LFO rates run per Track: use a Lane");
   for (LockRec& lock : note.locks) {

@@ -123,6 +123,8 @@ TEST(RoundTrip, EveryProjectComesBackFromItsSpec) {
     expectRebuilds(*randomProject(seed), "seed " + std::to_string(seed));
   for (int i = 0; i < spec::exampleCount(); i++)
     expectRebuilds(*spec::makeExample(i), spec::exampleInfo(i).name);
+  for (int i = 0; i < spec::fixtureCount(); i++)
+    expectRebuilds(*spec::makeFixture(i), "fixture " + std::to_string(i));
   expectRebuilds(*makeProject(), "a new project");
 }
 

@@ -24,6 +24,8 @@ TEST(SpecSchema, EveryExportAndExampleFits) {
     EXPECT_EQ(check.fault(parsed(spec::exampleText(i))), "");
     EXPECT_EQ(check.fault(printed(spec::toSpec(*spec::makeExample(i), true))), "");
   }
+  for (int i = 0; i < spec::fixtureCount(); i++)
+    EXPECT_EQ(check.fault(parsed(spec::fixtureText(i))), "") << i;
   EXPECT_EQ(check.fault(parsed("{}")), "");
 }
 
