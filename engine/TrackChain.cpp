@@ -279,7 +279,7 @@ void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
       m.mix = Value(core, t, MOD_MIX)[done];
       m.tone = Value(core, t, MOD_TONE)[done];
       m.sideOnly = track.mod_side;
-      m.hush = s.hushed;
+      m.hush = s.hushed || !s.audible;
       s.modFx.tick(m, clock == 0);
     }
     s.modFx.process(l.v + done, r.v + done, part);

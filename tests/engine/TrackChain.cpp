@@ -213,5 +213,17 @@ TEST_F(TrackChain, LanesOnEveryTargetMakeNoClick) {
   }
 }
 
+// A record that spins makes noise between the notes, but not on a Track that is not to be heard.
+TEST_F(TrackChain, AMutedTracksVinylIsSilent) {
+  track.mod_type = 5;
+  track.mod_mix = 1;
+  track.mod_feedback = 0.9f;
+  addLoop(*p, 0, 16, 0, 0);
+  const double spinning = rms(renderProject(*p, 1).left, 24000);
+  EXPECT_GT(toDb(spinning), -60);
+  track.mute = 1;
+  EXPECT_LT(toDb(rms(renderProject(*p, 1).left, 24000)), -120);
+}
+
 }  // namespace
 }  // namespace synth::test
