@@ -102,7 +102,8 @@ std::string tableRow(const Preset& p, const PresetSound& s) {
   row += print(" %.1f | %.1f | %.0f | %.0f | %.0f |", s.demo.lufs, s.demo.peakDbfs, s.demo.centroidHz,
                s.riseMs, s.demo.sideMidDb);
   if (p.kind == DRUMS) return row + " | |\n";
-  return row + (s.ringS < 3 ? print(" %.2f |", s.ringS) : " 3 or more |") + print(" %.0f |\n", s.heldDb);
+  return row + (s.ringS < 3 ? print(" %.2f |", s.ringS) : " 3 or more |") +
+         (s.heldDb < -60 ? " gone |\n" : print(" %.0f |\n", s.heldDb));
 }
 
 std::string nearestLines(std::vector<Pair> pairs) {
