@@ -129,12 +129,14 @@ std::string chordName(const int* pitches, int count, bool flats) {
 
 // ---- Icons.
 
-std::string trackIcon(const Project& p, int track) {
+std::string trackIcon(const Project& p, int track, int role) {
   if (track < 0 || track >= limits::tracks) return "synth";
   const Track& t = p.tracks[track];
   if (isDrums(t)) return "drums";
   if (t.engine == SAMPLER) return "tape-reel";
   if (t.engine == VOICE) return "microphone";
+  constexpr const char* byRole[] = {"bass", "lead", "synth", "keys", "keys", "drums", "synth", "synth"};
+  if (role >= 0 && role < int(std::size(byRole))) return byRole[role];
   double sum = 0;
   int notes = 0, together = 0;
   for (int i = 0; i < p.noteCount; i++) {

@@ -42,7 +42,8 @@ std::string buildIssues(const Project& project);
 // "C", "Am7", "C/E" for sounding pitches; "" for fewer than two different ones or no known chord.
 std::string chordName(const int* pitches, int count, bool flats);
 
-// "drums", "tape-reel", "microphone", "bass", "keys", "lead" or "synth", by what a Track is and plays.
-std::string trackIcon(const Project& project, int track);
+// "drums", "tape-reel", "microphone", "bass", "keys", "lead" or "synth", by what a Track is and plays. A
+// known Role of its sound (0..7, -1 for none) says it before the Notes do.
+std::string trackIcon(const Project& project, int track, int role = -1);
 
 }  // namespace synth::workspace

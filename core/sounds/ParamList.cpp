@@ -331,13 +331,4 @@ std::string inactiveTip(const Project& p, int track, int code, const Inactive& w
          param::formatted(*info, value, &p, ofTrack ? track : 255);
 }
 
-f32 defaultValue(const Project& p, int track, std::string_view key, int pad) {
-  const param::Info* info = param::find(key);
-  if (!info || track < 0 || track >= limits::tracks) return 0;
-  if (info->scope == param::ScopeProject) return info->get(*makeProject());
-  Track plain = defaultTrack(TrackKind(p.tracks[track].track_kind));
-  if (!isDrums(plain)) setSynthKind(plain, p.tracks[track].engine);
-  return info->get(plain, std::clamp(pad, 0, limits::pads - 1));
-}
-
 }  // namespace synth::paramlist

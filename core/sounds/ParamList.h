@@ -38,7 +38,4 @@ Inactive busInactive(const Project& project, int bus, int code);
 // The same as a sentence.
 std::string inactiveTip(const Project& project, int track, int code, const Inactive& why);
 
-// A parameter's value in the plain sound of the Track's kind and Engine.
-f32 defaultValue(const Project& project, int track, std::string_view key, int pad);
-
 }  // namespace synth::paramlist

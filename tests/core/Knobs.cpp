@@ -195,6 +195,8 @@ TEST(Reading, LoopsLengthsAndFaults) {
   EXPECT_EQ(workspace::playheadStep({false, 8, 4, 0}), -1);
   EXPECT_EQ(workspace::trackIcon(*p, 0), "drums");
   EXPECT_EQ(workspace::trackIcon(*p, 16), "synth");
+  EXPECT_EQ(workspace::trackIcon(*p, 0, 0), "drums") << "a kit is one whatever its Role";
+  EXPECT_EQ(workspace::trackIcon(*p, 2, 0), "bass");
   p->tracks[1].engine = VOICE;
   EXPECT_EQ(workspace::trackIcon(*p, 1), "microphone");
 }

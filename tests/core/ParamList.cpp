@@ -1,5 +1,6 @@
 // The parameter list: its rows, what is inactive and why, and how fast it is searched.
 #include "core/sounds/ParamList.h"
+#include "core/sounds/Layers.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +11,7 @@
 #include "core/model/Defaults.h"
 #include "core/model/Lanes.h"
 #include "core/params/Targets.h"
+#include "core/sounds/Layers.h"
 #include "core/sounds/MacroEdit.h"
 
 namespace synth::test {
@@ -153,8 +155,31 @@ TEST(ParamList, FindsRowsByTheirNamesAndByOtherWords) {
 TEST(ParamList, KnowsTheValueOfThePlainSound) {
   auto p = makeProject();
   p->tracks[1].cutoff = 300;
-  EXPECT_EQ(defaultValue(*p, 1, "cutoff", -1), 20000);
-  EXPECT_EQ(defaultValue(*p, 0, "pad_decay", 3), defaultTrack(DRUMS).pad_decay[3]);
+  EXPECT_EQ(layers::defaultValue(*p, 1, "cutoff", -1), 20000);
+  EXPECT_EQ(layers::defaultValue(*p, 0, "pad_decay", 3), defaultTrack(DRUMS).pad_decay[3]);
+}
+
+TEST(Layers, ArePagesThatTogetherHoldTheList) {
+  auto p = makeProject();
+  for (int track : {0, 1}) {
+    size_t rows = 0;
+    for (const std::string& page : layers::pages(*p, track)) {
+      const int count = layers::count(*p, page, track);
+      EXPECT_GT(count, 0) << page;
+      for (int i = 0; i < count; i++) {
+        Row row;
+        ASSERT_TRUE(layers::layer(*p, page, track, i, row));
+        EXPECT_EQ(row.group, page);
+        EXPECT_EQ(layers::find(*p, page, track, row.key), i) << row.key;
+      }
+      rows += size_t(count);
+    }
+    EXPECT_EQ(rows, paramlist::rows(*p, track).size());
+  }
+  Row row;
+  EXPECT_FALSE(layers::layer(*p, "FILTER", 1, -1, row) || layers::layer(*p, "FILTER", 1, 99, row));
+  EXPECT_EQ(layers::find(*p, "FILTER", 1, "pad_tone"), -1);
+  EXPECT_TRUE(layers::pages(*p, 16).empty());
 }
 
 }  // namespace
