@@ -37,6 +37,8 @@ class Reader {
     bytes_.remove_prefix(size);
     return out;
   }
+  // A number of a Macro, where -0 is no value; older Presets brought it into files.
+  f32 plainZero() { return get<f32>() + 0.0f; }
   u8 boolean() {
     const u8 b = get<u8>();
     require(b <= 1, "Invalid boolean");
@@ -241,17 +243,17 @@ void readMacros(Reader& r, Project& p) {
       MacroRec& macro = t.macros[m];
       r.shortName(macro.name);
       macro.polarity = r.boolean();
-      macro.value = r.get<f32>();
+      macro.value = r.plainZero();
       macro.targetCount = r.get<u8>();
       require(macro.targetCount <= limits::macroTargets, "Too many Macro targets");
       for (int k = 0; k < macro.targetCount; k++) {
         MacroTarget& target = macro.targets[k];
         target.param = r.get<u16>();
         target.pad = r.get<u8>();
-        target.amount = r.get<f32>();
-        target.amount_down = r.get<f32>();
-        target.window_from = r.get<f32>();
-        target.window_to = r.get<f32>();
+        target.amount = r.plainZero();
+        target.amount_down = r.plainZero();
+        target.window_from = r.plainZero();
+        target.window_to = r.plainZero();
       }
     }
   }

@@ -15,13 +15,17 @@ namespace {
 bool letter(char c) { return (c >= 'A' && c <= 'Z'); }
 bool digit(char c) { return c >= '0' && c <= '9'; }
 
+// A zero without a sign: an equal sound has equal bytes, so the other is in no Macro.
+bool plainZero(f32 value) { return value != 0 || !std::signbit(value); }
+
 bool validTarget(const MacroTarget& target, const Track& track) {
   const param::Info* info = param::find(target.param);
   if (!info || !targetable(*info, track.track_kind, track.engine) || target.reserved) return false;
   if (target.pad >= limits::pads || (info->scope != param::ScopePad && target.pad != 0)) return false;
-  auto fits = [](f32 amount) { return std::fabs(amount) <= largestAmount; };
+  auto fits = [](f32 amount) { return std::fabs(amount) <= largestAmount && plainZero(amount); };
   if (!fits(target.amount) || !fits(target.amount_down)) return false;
-  return target.window_from >= 0 && target.window_from < target.window_to && target.window_to <= 1;
+  return plainZero(target.window_from) && target.window_from >= 0 && target.window_from < target.window_to &&
+         target.window_to <= 1;
 }
 
 bool validTargets(const MacroRec& macro, const Track& track, std::string& error) {
@@ -57,7 +61,8 @@ bool validMacro(const MacroRec& macro, std::string& error) {
     return false;
   }
   if (macro.polarity > 1 || macro.targetCount > limits::macroTargets || macro.reserved[0] ||
-      macro.reserved[1] || !(macro.value >= (macro.polarity ? -1 : 0) && macro.value <= 1)) {
+      macro.reserved[1] || !plainZero(macro.value) ||
+      !(macro.value >= (macro.polarity ? -1 : 0) && macro.value <= 1)) {
     error = "Invalid Macro " + std::string(name);
     return false;
   }

@@ -99,7 +99,7 @@ MacroRec normalized(const Preset& p, const MacroRec& macro, std::string_view nam
       t.window_from = 0;
       t.window_to = 1;
     }
-    t.window_from += 0.0f;
+    for (f32* number : {&t.amount, &t.amount_down, &t.window_from}) *number += 0.0f;
     out.targets[out.targetCount++] = t;
   }
   return out;

@@ -29,7 +29,7 @@ std::string targetLine(const MacroRec& macro, const MacroTarget& target) {
   const bool ofPad = info->scope == param::ScopePad;
   std::string out =
       "  " + keyText(info->key, ofPad ? target.pad : -1) + " " + macros::amountText(*info, target.amount);
-  if (macro.polarity && !sameBits(target.amount_down, -target.amount))
+  if (macro.polarity && target.amount_down != -target.amount)
     out += " " + macros::amountText(*info, target.amount_down);
   if (target.window_from != 0 || target.window_to != 1)
     out += " " + shortNumber(target.window_from) + ".." + shortNumber(target.window_to);

@@ -96,6 +96,18 @@ TEST(PresetCommands, ASoundGoesFromATrackIntoTheLibraryAndOntoAnother) {
   EXPECT_EQ(desk.preset({"show", "OUR BASS"}).code(), "unknown_preset");
 }
 
+TEST(PresetCommands, ASoundWhoseMacroStandsStillIsExported) {
+  Desk desk;
+  const std::string file = desk.folder / "still.preset";
+  writeAll(file,
+           "name = STILL\nrole = KEYS\nengine = ANALOG\nmacro = TURN bi -0\n  cutoff 0\n  decay -0 -0\n");
+  ASSERT_EQ(desk.preset({"import", file}).status, 0);
+  ASSERT_EQ(desk.preset({"apply", desk.song, "STILL", "--track", "1", "--in-place"}).status, 0);
+  const Reply exported = quorel({"project", "export", desk.song});
+  EXPECT_EQ(exported.status, 0) << exported.text;
+  EXPECT_NE(exported.text.find("TURN"), std::string::npos);
+}
+
 TEST(PresetCommands, ImportChecksAndRewritesAFile) {
   Desk desk;
   const std::string path = desk.folder / "given.preset";

@@ -10,6 +10,7 @@
 #include "core/Names.h"
 #include "core/model/Defaults.h"
 #include "core/model/Validate.h"
+#include "core/sounds/MacroEdit.h"
 #include "support/PlainProject.h"
 #include "support/RandomProject.h"
 #include "support/TempFolder.h"
@@ -68,6 +69,18 @@ TEST(ProjectFile, KeepsWhatIsEasilyLost) {
   song->tracks[3].pins.custom = 0;
   EXPECT_NE(projectBytes(*song), projectBytes(*back));
   EXPECT_EQ(projectBytes(*song).size(), projectBytes(*back).size());
+}
+
+TEST(ProjectFile, AZeroOfAMacroHasNoSign) {
+  auto song = makeProject(), back = newProject();
+  std::string error;
+  Track& track = song->tracks[1];
+  const int slot = macros::add(*song, 1, "TURN", true, 0, error);
+  ASSERT_TRUE(macros::map(*song, 1, slot, *param::find("cutoff"), -1, 0, 0, 0, 1, error)) << error;
+  const std::string plain = projectImage(*song);
+  track.macros[slot].value = track.macros[slot].targets[0].amount_down = -0.0f;
+  ASSERT_TRUE(readProjectImage(projectImage(*song), *back, error)) << error;
+  EXPECT_TRUE(projectImage(*back) == plain);
 }
 
 TEST(ProjectFile, KeepsOrRefusesEveryByteOfTheRecord) {
