@@ -72,6 +72,7 @@ ProjectPtr loadSnapshot(const std::string& snapshot) {
 Json restore(const Args& args) {
   const std::string& path = args.positionals[0];
   refuseApp(path);
+  refuseSpecPath(path);
   const std::string snapshot = chosenSnapshot(args, path);
   auto restored = loadSnapshot(snapshot);
   auto current = loadQuietly(path);

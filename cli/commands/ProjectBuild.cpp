@@ -27,6 +27,7 @@ Json build(const Args& args) {
     intOption(args, "if-revision", 0, 0, 2147483647);
     if (destination.path != appPath) throw usage("--if-revision is for @app");
   }
+  refuseSpecPath(destination.path);
   checkExists(destination);
   context().undoLabel = "BUILD SPEC";
   auto project = buildSpec(readSpec(args.positionals[0]));

@@ -13,6 +13,7 @@ namespace {
 
 Json writeNew(const Args& args) {
   const Destination destination{args.positionals[0], args.has("force"), false};
+  refuseSpecPath(destination.path);
   checkExists(destination);
   const bool example = args.has("example");
   context().undoLabel = example ? "NEW FROM EXAMPLE" : "NEW PROJECT";

@@ -27,8 +27,7 @@ ProjectPtr standing(const Destination& destination, const Project& input) {
 Json editProject(const Args& args, const std::string& undoLabel, const std::function<Json(Project&)>& edit) {
   const std::string& input = args.positionals[0];
   const Destination destination = destinationOf(args, input);
-  if (args.has("out") && isSpecPath(destination.path))
-    throw usage("The result is a project, not a spec: " + destination.path, "--out takes a .quorel file");
+  if (args.has("out")) refuseSpecPath(destination.path);
   checkExists(destination);
   auto before = loadProjectFile(input);
   auto project = copyOf(*before);

@@ -36,6 +36,11 @@ void refuseExisting(const std::string& path, bool force) {
     throw CliError("exists", path + " exists", "Pass --force to replace it (or write to another path)");
 }
 
+void refuseSpecPath(const std::string& path) {
+  if (isSpecPath(path))
+    throw usage("The result is a project, not a spec: " + path, "Write it to a .quorel file");
+}
+
 void checkExists(const Destination& d) {
   if (d.path == appPath) {
     if (!d.force && !d.dryRun)

@@ -20,6 +20,8 @@ Destination destinationOf(const Args& args, const std::string& input);
 std::vector<ArgSpec> writeOptions();
 
 bool fileExists(const std::string& path);
+// Refuses a path that every command would read as a spec.
+void refuseSpecPath(const std::string& path);
 // Refuses an existing path without --force; a dry run is never refused.
 void checkExists(const Destination& destination);
 void refuseExisting(const std::string& path, bool force);

@@ -140,6 +140,7 @@ TEST(Snapshots, RefusalsSayWhereTheyAreKept) {
     EXPECT_EQ(quorel(words).code(), "not_found");
     EXPECT_EQ(quorel(words).status, 4);
   }
+  EXPECT_EQ(quorel({"project", "restore", folder / "song.json", "--snapshot", path}).code(), "usage");
   const Reply app = quorel({"project", "history", "@app"});
   EXPECT_EQ(app.message(), "The app keeps its own history");
   EXPECT_EQ(app.hint(), "quorel app undo (or Cmd-Z in Quorel)");

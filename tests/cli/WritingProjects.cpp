@@ -54,6 +54,7 @@ TEST(ProjectNew, RefusalsTouchNothing) {
       "usage", {"project", "new"},
       {{{folder / "a.quorel", "--name", std::string(64, 'x')}, "--name is up to 63 bytes"},
        {{folder / "song.quorel", "--force", "--name", std::string(64, 'x')}, "--name is up to 63 bytes"},
+       {{folder / "a.json"}, "The result is a project, not a spec"},
        {{folder / "a.quorel", "--example", "99"}, "--example must be an integer 0.." + last + ", got 99"},
        {{folder / "song.quorel", "--force", "--example", "x"},
         "--example must be an integer 0.." + last + ", got x"}});
@@ -107,6 +108,7 @@ TEST(ProjectBuild, RefusalsTouchNothing) {
       "usage", {"project", "build"},
       {{{folder / "tune.json", folder / "a.quorel", "--if-revision", "3"}, ""},
        {{folder / "tune.json", folder / "a.quorel", "--if-revision", "x", "--dry-run"}, "--if-revision must"},
+       {{folder / "tune.json", folder / "tune.json", "--force"}, "The result is a project, not a spec"},
        {{folder / "tune.json"}, "Wrong number of arguments for project build"}});
   EXPECT_EQ(contentsOf(folder.path()), before);
 }
