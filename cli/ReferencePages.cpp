@@ -125,8 +125,9 @@ std::string formOf(const Json& schema) {
     const std::string& text = reference->string();
     return text.substr(text.rfind('/') + 1);
   }
+  // The ways of an object tell its keys apart, not its forms.
   for (const char* key : {"anyOf", "oneOf"})
-    if (const Json* ways = schema.find(key)) {
+    if (const Json* ways = schema.find(key); ways && !schema.find("properties")) {
       std::vector<std::string> forms;
       for (const Json& way : ways->items()) forms.push_back(formOf(way));
       return text::joined(forms, " or ");

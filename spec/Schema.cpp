@@ -39,6 +39,12 @@ Json reference(const char* name) {
   o.add("$ref", std::string("#/$defs/") + name);
   return o;
 }
+// Printable ASCII, as names are stored.
+Json name(int least, int most, const char* description = nullptr) {
+  Json o = text(most, description);
+  o.add("pattern", "^[ -~]{" + std::to_string(least) + ",}$");
+  return o;
+}
 Json listOf(Json items, int most, const char* description = nullptr) {
   Json o = typed("array", description);
   o.add("items", std::move(items));
@@ -80,16 +86,25 @@ class Form {
     required_.push(name);
     return key(name, std::move(schema));
   }
+  // Exactly one of two keys.
+  Form& oneOf(const char* a, const char* b) {
+    auto way = [](const char* name) {
+      return std::move(Json::object().add("required", Json::array().push(name)));
+    };
+    ways_ = Json::array().push(way(a)).push(way(b));
+    return *this;
+  }
   Json done(const char* description = nullptr) {
     Json o = typed("object", description);
     o.add("properties", std::move(properties_));
     if (!required_.items().empty()) o.add("required", std::move(required_));
+    if (ways_.isArray()) o.add("oneOf", std::move(ways_));
     o.add("additionalProperties", false);
     return o;
   }
 
  private:
-  Json properties_ = Json::object(), required_ = Json::array();
+  Json ways_, properties_ = Json::object(), required_ = Json::array();
 };
 
 // ---- Values of the registry.
@@ -121,9 +136,11 @@ Json paramsOf(param::Scope scope) {
   Json properties = Json::object();
   for (const param::Info& info : param::all())
     if (info.scope == scope) properties.add(info.key, valueOf(info));
-  if (scope == param::ScopeProject)
-    properties.add("loop", orNull(described(listOf(integer(0, limits::songSteps), 2),
-                                            "the Song's loop: [from, to] in Steps")));
+  if (scope == param::ScopeProject) {
+    Json loop = listOf(integer(0, limits::songSteps), 2, "the Song's loop: [from, to] in Steps");
+    loop.add("minItems", 2);
+    properties.add("loop", orNull(std::move(loop)));
+  }
   Json o = typed("object");
   o.add("properties", std::move(properties));
   if (scope == param::ScopeTrack) {
@@ -164,6 +181,7 @@ Json lockValue(Form form) {
   return form.needed("target", trackTarget())
       .key("value", typed("number", "in the target's unit"))
       .key("value01", number(0, 1, "along the target's range"))
+      .oneOf("value", "value01")
       .done("exactly one of value and value01");
 }
 
@@ -192,6 +210,7 @@ Json noteForm() {
                     .key("chance", integer(1, 16, "sixteenths; 16 always plays"))
                     .key("locks", listOf(reference("lock"), limits::locks))
                     .key("slot", integer(0, limits::slots - 1, "the first free one unless stated"))
+                    .oneOf("pitch", "pad")
                     .done();
   return either("oneOf", std::move(array), std::move(object));
 }
@@ -218,21 +237,24 @@ Json points() {
                 "[[step, value01], ...] going forward, linear between; two points on one step jump");
 }
 
+Json busName() { return described(words({"I", "II", "MASTER"}), "in any case"); }
+
 Json laneForm() {
   return Form()
       .key("track", integer(0, limits::tracks - 1, "or a bus"))
-      .key("bus", words({"I", "II", "MASTER"}))
+      .key("bus", busName())
       .key("lane", integer(0, limits::lanesPerOwner - 1, "the first free one unless stated"))
-      .key("target", orNull(trackTarget()))
+      .needed("target", orNull(trackTarget()))
       .key("enabled", typed("boolean"))
       .needed("points", points())
+      .oneOf("track", "bus")
       .done();
 }
 
 Json masterLane() {
   return Form()
       .key("lane", integer(0, limits::masterLanes - 1, "the first free one unless stated"))
-      .key("target", masterTarget())
+      .needed("target", masterTarget())
       .key("enabled", typed("boolean"))
       .needed("points", points())
       .done();
@@ -261,7 +283,7 @@ Json macroForm() {
 Json sampleForm() {
   Json hash = typed("string");
   hash.add("pattern", "^[0-9A-Fa-f]{64}$");
-  return orNull(Form().needed("hash", std::move(hash)).key("name", text(limits::shortName)).done());
+  return orNull(Form().needed("hash", std::move(hash)).key("name", name(0, limits::shortName)).done());
 }
 
 Json pinsForm() {
@@ -277,9 +299,9 @@ Json padForm(bool parked) {
 
 Json parkedForm() {
   return Form()
-      .key("name", text(limits::shortName))
-      .key("preset_name", text(limits::presetName))
-      .key("sample_name", text(limits::shortName))
+      .key("name", name(0, limits::shortName))
+      .key("preset_name", name(0, limits::presetName))
+      .key("sample_name", name(0, limits::shortName))
       .key("pins", listOf(typed("string"), limits::pins))
       .key("pads", listOf(padForm(true), 0))
       .done("what the file keeps and nobody hears");
@@ -290,14 +312,14 @@ Json trackForm() {
   return Form()
       .needed("index", integer(0, limits::tracks - 1))
       .key("kind", described(labels("track_kind"), "start from this kind's Default sound"))
-      .key("name", text(limits::shortName))
+      .key("name", name(0, limits::shortName))
       .key("origin", integer(0, 255))
       .key("engine_defaults",
            described(labels("engine"), "switch the engine with its default Engine parameters"))
       .key("preset", typed("string", "load a Preset before params; the track keeps its mix"))
       .key("params", reference("trackParams"))
       .key("sample", reference("sample"))
-      .key("preset_name", text(limits::presetName, "the name the Track shows, without loading it"))
+      .key("preset_name", name(0, limits::presetName, "the name the Track shows, without loading it"))
       .key("pins", reference("pins"))
       .key("macros", described(std::move(macros), "they replace a Preset's"))
       .key("v5_slot", integer(0, limits::tracks - 1, "only with base \"v5\""))
@@ -329,7 +351,7 @@ Json clipForm() {
 
 Json busForm() {
   return Form()
-      .needed("bus", words({"I", "II", "MASTER"}))
+      .needed("bus", busName())
       .key("pins", reference("pins"))
       .key("parked", Form().needed("pins", listOf(typed("string"), limits::pins)).done())
       .done();
@@ -366,7 +388,7 @@ Json schema() {
       .add("master", listOf(reference("masterLane"), 0))
       .add("markers", listOf(Form()
                                  .needed("at", integer(0, limits::songSteps - 1, "Song step"))
-                                 .key("name", text(limits::shortName))
+                                 .key("name", name(1, limits::shortName))
                                  .done(),
                              limits::markers))
       .add("buses", listOf(busForm(), 0));
