@@ -82,10 +82,10 @@ std::string bashCompletion() {
          "  esac\n"
          "  case $cur in\n"
          "    -*) COMPREPLY=($(compgen -W \"$options\" -- \"$cur\")) ;;\n"
-         "    *) COMPREPLY=($(compgen -f -- \"$cur\")) ;;\n"
          "  esac\n"
          "}\n"
-         "complete -o filenames -F _quorel quorel\n";
+         "# Without words of ours the shell offers files: it knows blanks, quotes and ~.\n"
+         "complete -o default -F _quorel quorel\n";
 }
 
 std::string zshCompletion() {

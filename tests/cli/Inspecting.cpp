@@ -143,6 +143,7 @@ TEST(SelfDescription, TheShellKnowsTheCommands) {
   EXPECT_EQ(offered("quorel project ex", 2), "export\n");
   EXPECT_EQ(offered("quorel project export x --f", 4), "--full --force\n");
   EXPECT_EQ(offered("quorel render x --st", 3), "--stems\n");
+  EXPECT_EQ(offered("quorel project export my", 3), "\n") << "files are left to the shell";
   EXPECT_NE(zshCompletion().find("'export:Export a project as a JSON spec that rebuilds it exactly.'"),
             std::string::npos);
   EXPECT_NE(manPage().find(".SS quorel project export INPUT"), std::string::npos);
