@@ -97,6 +97,17 @@ void chords(const Project& p, int t, Warnings& out) {
                   " notes together, but its polyphony is " + std::to_string(track.polyphony));
 }
 
+// Whether a Lane or a Lock gives the Track a level of its own.
+bool levelMoves(const Project& p, int t) {
+  for (int row = laneRow(t, 0); row < laneRow(t, 0) + limits::lanesPerOwner; row++)
+    if (p.lanes[row].enabled && p.lanes[row].count && p.lanes[row].target == automation::LEVEL + 1)
+      return true;
+  for (int i = 0; i < p.noteCount; i++)
+    for (const LockRec& lock : p.notes[i].locks)
+      if (p.notes[i].track == t && lock.target == automation::LEVEL + 1) return true;
+  return false;
+}
+
 void levels(const Project& p, Warnings& out) {
   std::vector<std::string> unheard, solo, muted;
   bool anySolo = false;
@@ -104,7 +115,7 @@ void levels(const Project& p, Warnings& out) {
   for (int t = 0; t < p.track_count; t++) {
     const Track& track = p.tracks[t];
     if (!hasNotes(p, t)) continue;
-    if (track.mute || track.level == 0) muted.push_back(trackText(p, t));
+    if (track.mute || (track.level == 0 && !levelMoves(p, t))) muted.push_back(trackText(p, t));
     if (anySolo && !track.solo) solo.push_back(trackText(p, t));
   }
   for (int t = p.track_count; t < limits::tracks; t++)
@@ -119,6 +130,13 @@ void sends(const Project& p, int t, Warnings& out) {
   for (int bus : {SendI, SendII})
     if (hasNotes(p, t) && amounts[bus] > 0 && sendFx(p, bus).type == FX_OFF)
       out.push_back(trackText(p, t) + " feeds Send " + busKey(bus) + ", whose effect is OFF");
+}
+
+void macroLane(const Project& p, int t, int target, const std::string& name, Warnings& out) {
+  if (target - automation::firstMacroTarget >= p.tracks[t].macroCount)
+    out.push_back(name + " moves " + automation::targetName(target) + ", which the sound does not have");
+  else if (isDrums(p.tracks[t]))
+    out.push_back(name + ": a macro lane on a Drums track");
 }
 
 void lanes(const Project& p, Warnings& out) {
@@ -139,6 +157,7 @@ void lanes(const Project& p, Warnings& out) {
         out.push_back(name + " has the target of an earlier lane, which plays instead");
         break;
       }
+    if (track && automation::isMacroTarget(lane.target - 1)) macroLane(p, owner, lane.target - 1, name, out);
     if (track && !automation::laneable(lane.target - 1, isDrums(p.tracks[owner])))
       out.push_back(name + " moves " + automation::targetName(lane.target - 1) +
                     ", which a Drums track does not use");
