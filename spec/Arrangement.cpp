@@ -233,6 +233,9 @@ void readMarkers(Project& p, const Json& section) {
     if (text.size() > size_t(limits::shortName) || !isPlainText(text))
       throw SpecError("A marker name is up to 12 characters, letters without accents, digits and signs: " +
                       text);
+    if (name && text.empty())
+      throw SpecError("A marker name has at least one character",
+                      "Leave \"name\" out for a name by its number");
     for (int i = 0; i < p.markerCount; i++)
       if (p.markers[i].step == u32(at)) throw SpecError("Two markers at Step " + std::to_string(at));
     if (!addMarker(p, u32(at), text)) throw SpecError("Too many markers", holds(limits::markers));

@@ -10,7 +10,7 @@
 namespace synth::spec {
 namespace {
 
-constexpr int defaultVelocity = 100, defaultLength = 192;
+constexpr int defaultVelocity = 100, defaultLength = 192, mostFlags = 15;
 
 // A Pattern while it is read: its Steps, stored in one go when all Notes and Locks are known.
 struct Draft {
@@ -47,7 +47,6 @@ int pitchOf(const Draft& draft, const Json& value, const std::string& what) {
 }
 
 void setFlags(Note& note, int flags, int chance) {
-  if (flags > 15) throw SpecError("Note flags are Slide, Accent and ratchet bits; Chance has its own field");
   note.flags = u8(flags | (chance == 16 ? 0 : chance << 4));
 }
 
@@ -66,7 +65,9 @@ void readNoteArray(Draft& draft, const Json::Items& items, const std::string& wh
   note.velocity = u8(item(2, "velocity", 1, 127, defaultVelocity));
   note.length = u16(item(3, "length", 1, 65535, defaultLength));
   note.nudge = i8(item(4, "nudge", -64, 63, 0));
-  const int flags = item(5, "flags", 0, 65535, 0);
+  if (items.size() > 5 && items[5].number() > mostFlags)
+    throw SpecError("Note flags are Slide, Accent and ratchet bits; Chance has its own field");
+  const int flags = item(5, "flags", 0, mostFlags, 0);
   setFlags(note, flags, item(6, "chance", 1, 16, 16));
   draft.put(step, -1, note);
 }

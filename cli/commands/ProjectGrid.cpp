@@ -69,7 +69,7 @@ Json noteRows(const Project& p, int t, int id, int length) {
 }
 
 int chosenPattern(const Args& args, const Project& p, int t) {
-  const int id = intOption(args, "pattern", 0, 0, 65534);
+  const int id = intOption(args, "pattern", 0, 0, 65535);
   if (patternIndex(p, t, id) >= 0) return id;
   std::vector<std::string> ids;
   for (int i = 0; i < p.patternCount; i++)

@@ -64,6 +64,7 @@ TEST(ArrangementMistakes, NotesOfMelodicTracks) {
       "out_of_range", melodicNotes, notesEnd,
       {{"[1024, 60, 100]", "\"step\" in patterns[0].notes[0] must be an integer 0..1023, got 1024"},
        {"[0, 128, 100]", "\"pitch\" in patterns[0].notes[0] must be an integer 0..127, got 128"},
+       {"[0, 60, 100, 192, 0, -1]", "\"flags\" in patterns[0].notes[0] must be an integer 0..15, got -1"},
        {"[0, 60, 100, 192, 0, 0, 17]",
         "\"chance\" in patterns[0].notes[0] must be an integer 1..16, got 17"}});
   for (const char* range :
@@ -250,6 +251,7 @@ TEST(ArrangementMistakes, MasterLanesAndMarkers) {
         "master[0] needs \"points\": [[step, value01], ...] (Song steps)"},
        {R"({"markers": [{"name": "A"}]})", "markers[0] needs \"at\""},
        {R"({"markers": [{"at": 0, "name": 5}]})", "A marker name is a string"},
+       {R"({"markers": [{"at": 0, "name": ""}]})", "A marker name has at least one character", "Leave"},
        {R"({"markers": [{"at": 4, "name": "A"}, {"at": 4, "name": "B"}]})", "Two markers at Step 4"}});
   expectMistakes("out_of_range", "", "",
                  {{R"({"master": [{"lane": 12, "target": "GAIN", "points": []}]})",
