@@ -272,8 +272,10 @@ Json macroForm() {
                     .key("amount_down", amount)
                     .key("window", std::move(window))
                     .done();
+  Json name = typed("string", "one word, up to 12 characters, not a parameter key");
+  name.add("pattern", "^\\s*[A-Za-z][A-Za-z0-9_-]{0,11}\\s*$");
   return Form()
-      .needed("name", typed("string", "one word, up to 12 characters, not a parameter key"))
+      .needed("name", std::move(name))
       .key("polarity", words({"uni", "bi"}))
       .key("value", number(-1, 1))
       .key("targets", listOf(std::move(target), limits::macroTargets))

@@ -61,6 +61,8 @@ TEST(SpecSchema, RefusesWhatTheReaderRefusesForItsShapeKeyOrRange) {
       R"({"tracks": [{"index": 1, "params": {"polyphony": 2.5}}]})",
       R"({"tracks": [{"index": 1, "macros": [{"value": 1}]}]})",
       R"({"tracks": [{"index": 1, "macros": [{"name": "X", "polarity": "both"}]}]})",
+      R"({"tracks": [{"index": 1, "macros": [{"name": "TWO WORDS"}]}]})",
+      R"({"tracks": [{"index": 1, "macros": [{"name": "THIRTEENCHARS"}]}]})",
       R"({"tracks": [{"index": 1, "sample": {"hash": "12"}}]})",
       R"({"tracks": [{"index": 1, "pins": "cutoff"}]})",
       R"({"pads": [{"index": 8}]})",
