@@ -135,8 +135,6 @@ void sends(const Project& p, int t, Warnings& out) {
 void macroLane(const Project& p, int t, int target, const std::string& name, Warnings& out) {
   if (target - automation::firstMacroTarget >= p.tracks[t].macroCount)
     out.push_back(name + " moves " + automation::targetName(target) + ", which the sound does not have");
-  else if (isDrums(p.tracks[t]))
-    out.push_back(name + ": a macro lane on a Drums track");
 }
 
 void lanes(const Project& p, Warnings& out) {
