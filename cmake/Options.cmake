@@ -17,6 +17,8 @@ target_link_libraries(quorel_options INTERFACE Threads::Threads)
 
 if(QUOREL_SANITIZE)
   # g++ sees uninitialized values in the code that its sanitizers add; the sanitizers themselves see better.
+  # Checks cost more than what the optimizer would save beyond its first level, and compile in half the time.
+  set(CMAKE_CXX_FLAGS_RELEASE "-O1")
   target_compile_options(quorel_options INTERFACE
     -fsanitize=${QUOREL_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer -g
     $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
