@@ -18,8 +18,8 @@ struct NoteSound {
 struct PresetSound {
   analysis::Features demo;
   bool finite = true;
-  // At velocities 40 and 120, in this order: of a melodic sound low, centre and high of its register, of a
-  // kit each Pad.
+  // Of a melodic sound low, centre and high of its register, of a kit each Pad: all at velocity 40, then all
+  // at 120.
   std::vector<NoteSound> notes;
   // Of a melodic sound, at its centre: seconds from the start of a note of a quarter second until it stays
   // 40 dB below its peak (3 at most), ...
