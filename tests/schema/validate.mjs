@@ -7,7 +7,7 @@ const Ajv = createRequire(process.cwd() + '/')('ajv/dist/2020').default;
 const read = (path) => JSON.parse(readFileSync(path, 'utf8').replace(/^\s*\/\/.*$/gm, ''));
 
 const [schemaPath, ...paths] = process.argv.slice(2);
-const validate = new Ajv({ allErrors: false, strict: true, strictTypes: false, strictTuples: false }).compile(read(schemaPath));
+const validate = new Ajv({ allErrors: false, strict: true, strictTypes: false, strictTuples: false, strictRequired: false }).compile(read(schemaPath));
 let wanted = true;
 let faults = 0;
 for (const path of paths) {
