@@ -1,37 +1,11 @@
 #include "analysis/reading/SndfileDecoder.h"
 
-#include <sndfile.h>
-
 #include <cstdio>
 #include <stdexcept>
 
-#include "base/Library.h"
+#include "base/Sndfile.h"
 
 namespace synth::analysis {
-namespace {
-
-struct Sndfile {
-  Library library{"libsndfile.so.1"};
-  decltype(sf_open_virtual)* open = nullptr;
-  decltype(sf_readf_float)* read = nullptr;
-  decltype(sf_close)* close = nullptr;
-  decltype(sf_error)* error = nullptr;
-
-  Sndfile() {
-    library.find("sf_open_virtual", open);
-    library.find("sf_readf_float", read);
-    library.find("sf_close", close);
-    library.find("sf_error", error);
-  }
-  bool whole() const { return open && read && close && error; }
-};
-
-const Sndfile& sndfile() {
-  static const Sndfile* const loaded = new Sndfile;
-  return *loaded;
-}
-
-}  // namespace
 
 std::unique_ptr<Decoder> SndfileDecoder::open(std::unique_ptr<ByteSource> bytes) {
   if (!sndfile().whole()) return nullptr;
@@ -55,7 +29,7 @@ std::unique_ptr<Decoder> SndfileDecoder::open(std::unique_ptr<ByteSource> bytes)
   };
   std::unique_ptr<SndfileDecoder> decoder(new SndfileDecoder(std::move(bytes)));
   SF_INFO info{};
-  decoder->handle_ = sndfile().open(&io, SFM_READ, &info, decoder.get());
+  decoder->handle_ = sndfile().openVirtual(&io, SFM_READ, &info, decoder.get());
   if (!decoder->handle_ || info.samplerate <= 0 || info.channels <= 0) return nullptr;
   decoder->rate = info.samplerate;
   decoder->channels_ = std::size_t(info.channels);

@@ -212,12 +212,18 @@ Json set(const Args& args) {
 
 constexpr const char* inputForm = "path.quorel|@app";
 
-Command writing(const char* name, const char* summary, std::vector<ArgSpec> args, const char* output,
+Command writing(const char* name, const char* summary, const std::vector<ArgSpec>& args, const char* output,
                 std::vector<std::string> examples, Json (*run)(const Args&)) {
-  args.insert(args.begin(), positional("input", inputForm, "the project").needed());
-  args.push_back(option("track", "index|name", "the Track whose sound it is"));
-  for (ArgSpec& arg : writeOptions()) args.push_back(arg);
-  return {name, summary, std::move(args), output, true, std::move(examples), run};
+  return {name,
+          summary,
+          arguments({{positional("input", inputForm, "the project").needed()},
+                     args,
+                     {option("track", "index|name", "the Track whose sound it is")},
+                     writeOptions()}),
+          output,
+          true,
+          std::move(examples),
+          run};
 }
 
 ArgSpec macroName() {

@@ -97,24 +97,23 @@ Json set(const Args& args) {
 }  // namespace
 
 Command projectSet() {
-  Command c{"project set",
-            "Set registry parameters: project keys alone, track keys with --track, pad keys with --track and "
-            "--pad. "
-            "Writes --out, or the input with --in-place.",
-            {positional("input", "path.quorel|@app", "the project").needed(),
-             positional("assignments", "KEY=VALUE",
-                        "numbers in the parameter's unit, options by label, a Macro by NAME")
-                 .needed()
-                 .many(),
-             option("track", "index|name", "for track and pad keys and Macros"),
-             option("pad", "int", "0..7, for pad keys")},
-            "{wrote?, changes}",
-            true,
-            {"quorel project set song.quorel bpm=124 swing=0.56 --in-place",
-             "quorel project set song.quorel cutoff=900 filter_type=lowpass --track BASS --in-place"},
-            set};
-  for (ArgSpec& arg : writeOptions()) c.args.push_back(arg);
-  return c;
+  return {"project set",
+          "Set registry parameters: project keys alone, track keys with --track, pad keys with --track and "
+          "--pad. "
+          "Writes --out, or the input with --in-place.",
+          arguments({{positional("input", "path.quorel|@app", "the project").needed(),
+                      positional("assignments", "KEY=VALUE",
+                                 "numbers in the parameter's unit, options by label, a Macro by NAME")
+                          .needed()
+                          .many(),
+                      option("track", "index|name", "for track and pad keys and Macros"),
+                      option("pad", "int", "0..7, for pad keys")},
+                     writeOptions()}),
+          "{wrote?, changes}",
+          true,
+          {"quorel project set song.quorel bpm=124 swing=0.56 --in-place",
+           "quorel project set song.quorel cutoff=900 filter_type=lowpass --track BASS --in-place"},
+          set};
 }
 
 }  // namespace synth::cli::commands

@@ -1,35 +1,12 @@
 #include "engine/sinks/SndfileSink.h"
 
-#include <sndfile.h>
-
 #include <stdexcept>
 
-#include "base/Library.h"
+#include "base/Sndfile.h"
 #include "engine/sinks/WavSink.h"
 
 namespace synth {
 namespace {
-
-struct Sndfile {
-  Library library{"libsndfile.so.1"};
-  decltype(sf_open)* open = nullptr;
-  decltype(sf_writef_int)* write = nullptr;
-  decltype(sf_close)* close = nullptr;
-  decltype(sf_error)* error = nullptr;
-
-  Sndfile() {
-    library.find("sf_open", open);
-    library.find("sf_writef_int", write);
-    library.find("sf_close", close);
-    library.find("sf_error", error);
-  }
-  bool whole() const { return open && write && close && error; }
-};
-
-const Sndfile& sndfile() {
-  static const Sndfile* const loaded = new Sndfile;
-  return *loaded;
-}
 
 [[noreturn]] void fail(const char* text, int number) {
   throw std::runtime_error(std::string(text) + " (error " + std::to_string(number) + ")");
