@@ -55,22 +55,19 @@ void draw(benchmark::State& state, double seconds) {
   for (auto _ : state) benchmark::DoNotOptimize(drawSpectrogram(audios, {}, settings));
 }
 
+void onOneAndTwoCores(benchmark::internal::Benchmark* drawing) {
+  drawing->Arg(1)
+      ->Arg(2)
+      ->ArgName("threads")
+      ->Unit(benchmark::kMillisecond)
+      ->MeasureProcessCPUTime()
+      ->UseRealTime();
+}
+
 void DrawFourBars(benchmark::State& state) { draw(state, 8); }
-BENCHMARK(DrawFourBars)
-    ->Arg(1)
-    ->Arg(2)
-    ->ArgName("threads")
-    ->Unit(benchmark::kMillisecond)
-    ->MeasureProcessCPUTime()
-    ->UseRealTime();
+BENCHMARK(DrawFourBars)->Apply(onOneAndTwoCores);
 
 void DrawThreeMinutes(benchmark::State& state) { draw(state, 180); }
-BENCHMARK(DrawThreeMinutes)
-    ->Arg(1)
-    ->Arg(2)
-    ->ArgName("threads")
-    ->Unit(benchmark::kMillisecond)
-    ->MeasureProcessCPUTime()
-    ->UseRealTime();
+BENCHMARK(DrawThreeMinutes)->Apply(onOneAndTwoCores);
 
 }  // namespace

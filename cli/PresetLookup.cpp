@@ -137,13 +137,12 @@ Json presetHeader(const preset::Preset& p) {
   return o;
 }
 
-void libraryRefused(const std::string& error, const std::string& name) {
+void libraryRefused(const std::string& error, const std::string& name, const char* wayOn) {
   auto has = [&](const char* part) { return error.find(part) != error.npos; };
   if (has(" is a factory Preset; choose"))
     throw CliError("reserved_name", "Factory Presets keep their names; choose another", error);
   if (has(" is a factory Preset and")) throw CliError("reserved_name", error);
-  if (error.starts_with("A Preset named "))
-    throw CliError("exists", error, "--force replaces it; or choose another name");
+  if (error.starts_with("A Preset named ")) throw CliError("exists", error, wayOn);
   if (error.starts_with("No Preset named ")) throw CliError("unknown_preset", error);
   if (error.starts_with("Cannot read "))
     throw CliError("read_failed", "Cannot read the Preset library: " + error);

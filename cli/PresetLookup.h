@@ -35,7 +35,8 @@ void applyHeader(const Args& args, preset::Preset& preset);
 
 // {name, role, family, tags, style, engine}
 Json presetHeader(const preset::Preset& preset);
-// Throws what the library said, with the code that it calls for.
-[[noreturn]] void libraryRefused(const std::string& error, const std::string& name);
+// Throws what the library said, with the code that it calls for; `wayOn` is the hint where a name is taken.
+[[noreturn]] void libraryRefused(const std::string& error, const std::string& name,
+                                 const char* wayOn = "--force replaces it; or choose another name");
 
 }  // namespace synth::cli

@@ -69,7 +69,8 @@ Json rename(const Args& args) {
     throw usage("A Preset's name is up to " + std::to_string(limits::presetName) + " characters");
   preset::PresetLibrary library = libraryOf(args);
   std::string error;
-  if (!library.rename(from, to, error)) libraryRefused(error, from);
+  if (!library.rename(from, to, error))
+    libraryRefused(error, from, "Choose another name, or delete that one first");
   Json o = Json::object();
   return std::move(
       o.add("renamed", preset::cleanName(from)).add("preset", presetHeader(library.find(to)->preset)));
@@ -82,11 +83,6 @@ Json remove(const Args& args) {
   return std::move(Json::object().add("deleted", preset::cleanName(args.positionals[0])));
 }
 
-std::vector<ArgSpec> joined(std::vector<ArgSpec> args, const std::vector<ArgSpec>& more) {
-  args.insert(args.end(), more.begin(), more.end());
-  return args;
-}
-
 ArgSpec inputArg() { return positional("input", "path.quorel|@app", "the project").needed(); }
 ArgSpec nameArg(const char* help) { return positional("name", "NAME", help).needed(); }
 ArgSpec replaceFlag() { return flag("force", "replace your Preset of that name"); }
@@ -96,8 +92,9 @@ ArgSpec replaceFlag() { return flag("force", "replace your Preset of that name")
 Command presetSave() {
   return {"preset save",
           "Save a Track's sound as your Preset. The project is not changed.",
-          joined(joined({inputArg(), option("track", "index|name", "the Track (required)")}, headerOptions()),
-                 {libraryOption(), replaceFlag()}),
+          arguments({{inputArg(), option("track", "index|name", "the Track (required)")},
+                     headerOptions(),
+                     {libraryOption(), replaceFlag()}}),
           "{wrote, preset}",
           true,
           {"quorel preset save song.quorel --track BASS --name \"MY BASS\" --role BASS --tag WARM"},
@@ -109,9 +106,9 @@ Command presetApply() {
       "preset apply",
       "Load a Preset onto a Track: its mix, name, Locks and Lanes stay. A kit onto a melodic Track, or the "
       "reverse, changes its kind and clears its Patterns.",
-      joined({inputArg(), nameArg("the Preset"), option("track", "index|name", "the Track (required)"),
-              libraryOption()},
-             writeOptions()),
+      arguments({{inputArg(), nameArg("the Preset"), option("track", "index|name", "the Track (required)"),
+                  libraryOption()},
+                 writeOptions()}),
       "{wrote?, preset, changes}",
       true,
       {"quorel preset apply song.quorel FOUNDATION --track BASS --in-place"},
@@ -121,8 +118,9 @@ Command presetApply() {
 Command presetImport() {
   return {"preset import",
           "Check a .preset file and put it into your library.",
-          joined(joined({positional("file", "file.preset", "the file").needed()}, headerOptions()),
-                 {libraryOption(), replaceFlag()}),
+          arguments({{positional("file", "file.preset", "the file").needed()},
+                     headerOptions(),
+                     {libraryOption(), replaceFlag()}}),
           "{wrote, preset, warnings}",
           true,
           {"quorel preset import bass.preset --name \"MY BASS\""},

@@ -267,7 +267,7 @@ std::vector<std::string> complaints(const Preset& p, const PresetSound& s) {
       out.push_back(
           text::print("note %d is neither louder nor brighter at velocity 120 than at 40", hard.pitch));
   }
-  if (pitchSpread(s) > 18)
+  if (pitchSpread(s) > 14)
     out.push_back(text::print("levels differ by %.1f dB across the register", pitchSpread(s)));
   using preset::Role;
   if (lasting(p) && s.heldDb < -24)
