@@ -285,6 +285,7 @@ bool sameBytes(const T& a, const T& b) {
 
 inline const SendFx& sendFx(const Project& p, int bus) { return bus == SendII ? p.fx2 : p.fx1; }
 inline SendFx& sendFx(Project& p, int bus) { return bus == SendII ? p.fx2 : p.fx1; }
+inline bool isTrack(int index) { return index >= 0 && index < limits::tracks; }
 inline bool isDrums(const Track& t) { return t.track_kind == DRUMS; }
 
 }  // namespace synth

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 
+#include "base/Math.h"
 #include "base/Parallel.h"
 #include "base/Text.h"
 #include "cli/Args.h"
@@ -64,7 +65,7 @@ class MeteredSink : public AudioSink {
   }
   void finish() override { into_.finish(); }
   double seconds() const { return double(frames_) / renderRate; }
-  Json peakDb() const { return peak_ > 0 ? Json(std::round(200 * std::log10(double(peak_))) / 10) : Json(); }
+  Json peakDb() const { return peak_ > 0 ? Json(std::round(200 * math::log10(double(peak_))) / 10) : Json(); }
 
  private:
   AudioSink& into_;

@@ -149,10 +149,11 @@ double distance(const LanePoint& point, const LanePoint& a, const LanePoint& b, 
   const double ax = a.position * s.time, ay = a.value * s.value;
   const double bx = b.position * s.time - ax, by = b.value * s.value - ay;
   const double px = point.position * s.time - ax, py = point.value * s.value - ay;
-  const double length = std::hypot(bx, by);
-  if (length == 0) return std::hypot(px, py);
+  auto norm = [](double x, double y) { return std::sqrt(x * x + y * y); };
+  const double length = norm(bx, by);
+  if (length == 0) return norm(px, py);
   const double along = std::clamp((px * bx + py * by) / (length * length), 0.0, 1.0);
-  return std::hypot(px - along * bx, py - along * by);
+  return norm(px - along * bx, py - along * by);
 }
 
 // Marks what the shape between two kept points needs.

@@ -62,12 +62,11 @@ const Knob* knobOf(int code) {
   return nullptr;
 }
 
-bool aTrack(int track) { return track >= 0 && track < limits::tracks; }
 int macroOf(int code) {
   return code >= firstMacro && code < firstMacro + limits::macros ? code - firstMacro : -1;
 }
 bool hasMacro(const Project& p, int track, int macro) {
-  return aTrack(track) && macro < p.tracks[track].macroCount;
+  return isTrack(track) && macro < p.tracks[track].macroCount;
 }
 
 int parameterTarget(const Project& p, const param::Info& info, int track) {
@@ -89,7 +88,7 @@ int target(const Project& p, int code, int track) {
     const param::Info* info = infoOf(code);
     return info ? busTarget(p, track - limits::tracks, *info) : -1;
   }
-  if (!aTrack(track)) return -1;
+  if (!isTrack(track)) return -1;
   if (const int macro = macroOf(code); macro >= 0)
     return macro < p.tracks[track].macroCount ? firstMacroTarget + macro : -1;
   if (code >= firstParameter) return infoOf(code) ? parameterTarget(p, *infoOf(code), track) : -1;
@@ -122,7 +121,7 @@ float trackValue(const Project& p, int code, int track, int pad) {
                                                             p.tracks[track].macros[macro].value)
                                      : 0;
   const param::Info* info = infoOf(code);
-  if (!info || (info->scope != param::ScopeProject && !aTrack(track))) return 0;
+  if (!info || (info->scope != param::ScopeProject && !isTrack(track))) return 0;
   return info->get(p, std::max(track, 0), std::clamp(pad, 0, limits::pads - 1));
 }
 
@@ -135,7 +134,7 @@ bool setTrackValue(Project& p, int code, int track, int pad, float value) {
     return true;
   }
   const param::Info* info = infoOf(code);
-  if (!info || (info->scope != param::ScopeProject && !aTrack(track))) return false;
+  if (!info || (info->scope != param::ScopeProject && !isTrack(track))) return false;
   if (info->whole()) value = std::round(value);
   info->set(std::clamp(value, info->min, info->max), p, std::max(track, 0),
             std::clamp(pad, 0, limits::pads - 1));
@@ -171,7 +170,7 @@ bool lane(const Project& p, int code, int track) {
 // ---- Locks.
 
 LockKind lockKind(const Project& p, int code, int track) {
-  if (!aTrack(track)) return NoLock;
+  if (!isTrack(track)) return NoLock;
   if (isDrums(p.tracks[track])) {
     const param::Info* info = infoOf(code);
     const std::string_view key = info ? info->key : "";

@@ -30,12 +30,6 @@ int lockOf(const Note& note, int target) {
   return -1;
 }
 
-int locksOf(const Note& note) {
-  int n = 0;
-  while (n < limits::locks && note.locks[n].target) n++;
-  return n;
-}
-
 }  // namespace
 
 Result setLock(Project& p, int track, int pattern, int step, int pitch, int target, double value) {
@@ -50,7 +44,7 @@ Result setLock(Project& p, int track, int pattern, int step, int pitch, int targ
   if (!std::isfinite(value)) return Result::failed("Invalid lock value");
   Note& note = now.notes[slot];
   int at = lockOf(note, target);
-  if (at < 0) at = locksOf(note);
+  if (at < 0) at = note.lockCount();
   if (at >= limits::locks) return Result::failed("This Note holds eight Locks: clear one first");
   const LockRec lock{u8(target + 1), 0, u16(std::lround(std::clamp(value, 0.0, 1.0) * 65535))};
   if (sameBytes(note.locks[at], lock)) return Result::nothing();

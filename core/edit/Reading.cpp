@@ -1,8 +1,8 @@
 #include "core/edit/Reading.h"
 
 #include <algorithm>
-#include <cstdio>
 
+#include "base/Text.h"
 #include "core/PitchNames.h"
 #include "core/model/Clips.h"
 #include "core/model/Markers.h"
@@ -49,33 +49,28 @@ int capacity(const Track& t) {
   return isDrums(t) ? limits::slots : std::clamp<int>(t.polyphony, 4, limits::slots);
 }
 
-template <class... Numbers>
-std::string printed(const char* form, Numbers... numbers) {
-  char text[160];
-  std::snprintf(text, sizeof text, form, numbers...);
-  return text;
-}
-
 }  // namespace
 
 std::string buildIssues(const Project& p) {
   for (int i = 0; i < p.clipCount; i++) {
     const ClipRec& clip = p.clips[i];
     if (patternNotes(p, clip.track, clip.pattern).empty())
-      return printed("Track %d pattern %d is played but holds no notes", int(clip.track), int(clip.pattern));
+      return text::print("Track %d pattern %d is played but holds no notes", int(clip.track),
+                         int(clip.pattern));
   }
   for (int i = 0; i < p.noteCount; i++) {
     const NoteRec& n = p.notes[i];
     if (int(stepNotes(p, n.track, n.pattern, n.step).size()) > capacity(p.tracks[n.track]))
-      return printed("Track %d step %d: more notes start together than the editor allows", int(n.track),
-                     int(n.step));
+      return text::print("Track %d step %d: more notes start together than the editor allows", int(n.track),
+                         int(n.step));
     if (n.nudge < -64 || n.nudge > 63)
-      return printed("Track %d step %d: nudge outside -64..63", int(n.track), int(n.step));
+      return text::print("Track %d step %d: nudge outside -64..63", int(n.track), int(n.step));
   }
   for (int row = 0; row < limits::tracks * limits::lanesPerOwner; row++) {
     const int track = row / limits::lanesPerOwner;
     if (isDrums(p.tracks[track]) && automation::isMacroTarget(p.lanes[row].target - 1))
-      return printed("Track %d lane %d: a macro lane on a Drums track", track, row % limits::lanesPerOwner);
+      return text::print("Track %d lane %d: a macro lane on a Drums track", track,
+                         row % limits::lanesPerOwner);
   }
   return "";
 }
@@ -94,7 +89,6 @@ constexpr Chord chords[] = {
     {0x289, "m6"}, {0x95, "add9"},  {0x8d, "m(add9)"}, {0x485, "7sus2"}, {0x4a1, "7sus4"}, {0x495, "9"},
     {0x48d, "m9"}, {0x895, "maj9"}, {0x411, "7"},      {0x409, "m7"},    {0x811, "maj7"},  {0x81, "5"},
 };
-constexpr const char* flatNames[12] = {"C", "Db", "D", "Eb", "E", "F", "Gb", "G", "Ab", "A", "Bb", "B"};
 
 const Chord* chordOf(unsigned mask) {
   for (const Chord& c : chords)
@@ -110,7 +104,7 @@ std::string chordName(const int* pitches, int count, bool flats) {
   for (int i = 0; i < count; i++) classes |= 1u << (((pitches[i] % 12) + 12) % 12);
   if ((classes & (classes - 1)) == 0) return "";
   const int lowest = *std::min_element(pitches, pitches + count), bass = ((lowest % 12) + 12) % 12;
-  const auto& names = flats ? flatNames : pitchClassNames;
+  const auto& names = flats ? flatPitchClassNames : pitchClassNames;
   auto rotated = [&](int root) { return ((classes >> root) | (classes << (12 - root))) & 0xFFF; };
   // A root in the bass comes before every other reading.
   if (const Chord* c = chordOf(rotated(bass))) return std::string(names[bass]) + c->suffix;

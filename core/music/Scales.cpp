@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/Text.h"
+#include "core/PitchNames.h"
 #include "core/params/Options.h"
 
 namespace synth::compose {
@@ -32,9 +33,9 @@ int classOf(int pitch) { return ((pitch % 12) + 12) % 12; }
 const char* rootName(int root) { return param::options::keyRoot[2 + classOf(root)]; }
 
 int rootNamed(std::string_view name) {
-  constexpr const char* flats[] = {"C", "Db", "D", "Eb", "E", "F", "Gb", "G", "Ab", "A", "Bb", "B"};
   for (int r = 0; r < 12; r++)
-    if (text::sameIgnoringCase(name, rootName(r)) || text::sameIgnoringCase(name, flats[r])) return r;
+    if (text::sameIgnoringCase(name, rootName(r)) || text::sameIgnoringCase(name, flatPitchClassNames[r]))
+      return r;
   return -1;
 }
 

@@ -12,8 +12,6 @@ struct Span {
   u32 from = 0, to = 0;
 };
 
-bool isTrack(int track) { return track >= 0 && track < limits::tracks; }
-
 // Where on the Song several Tracks are looked at.
 Span songSpan(const Project& p, const Scope& scope) {
   Span span{0, songEnd(p)};

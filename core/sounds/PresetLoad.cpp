@@ -14,8 +14,6 @@
 namespace synth::preset {
 namespace {
 
-bool isTrack(int track) { return track >= 0 && track < limits::tracks; }
-
 void captureValues(Preset& preset, const Track& track) {
   const Track plain = plainTrack(preset.kind, preset.engine);
   auto add = [&](const param::Info& info, int pad) {

@@ -119,7 +119,8 @@ TEST(RoundTrip, Soak) {
 }
 
 TEST(RoundTrip, EveryProjectComesBackFromItsSpec) {
-  for (u32 seed = 1; seed <= 150; seed++) expectRebuilds(*randomProject(seed), "seed " + std::to_string(seed));
+  for (u32 seed = 1; seed <= 150; seed++)
+    expectRebuilds(*randomProject(seed), "seed " + std::to_string(seed));
   for (int i = 0; i < spec::exampleCount(); i++)
     expectRebuilds(*spec::makeExample(i), spec::exampleInfo(i).name);
   for (int i = 0; i < spec::fixtureCount(); i++)
