@@ -36,7 +36,11 @@ void lockMacros(const EngineCore& core, int t, TrackMacros& now) {
     if (newest[m]) now.current[m] = newest[m]->macroLocks[m];
 }
 
-void readMacros(const EngineCore& core, int t, const Plan& plan, TrackMacros& now) {
+// False when they stand where they stood.
+bool readMacros(const EngineCore& core, int t, const Plan& plan, TrackMacros& now) {
+  float current[limits::macros], open[limits::macros];
+  std::copy(std::begin(now.current), std::end(now.current), current);
+  std::copy(std::begin(now.open), std::end(now.open), open);
   for (int m = 0; m < plan.macroCount; m++) {
     const float touch = core.overrides.macroTouch[t][m], lane = core.lanes.macro[t][m];
     now.open[m] = hasValue(touch)  ? touch
@@ -44,6 +48,8 @@ void readMacros(const EngineCore& core, int t, const Plan& plan, TrackMacros& no
                                    : plan.value[m];
   }
   lockMacros(core, t, now);
+  return !std::equal(current, current + plan.macroCount, now.current) ||
+         !std::equal(open, open + plan.macroCount, now.open);
 }
 
 // What a target plays before any Macro, for the Track or for voices that do not lock it themselves. The
@@ -70,6 +76,19 @@ void sumTravels(const Plan& plan, const float (&values)[limits::macros], float (
   std::fill_n(sums, plan.entryCount, 0.0f);
   for (int i = 0; i < plan.linkCount; i++)
     sums[plan.links[i].entry] += float(travelOf(plan.links[i], values[plan.links[i].macro]));
+}
+
+// Brings the sums up to date; true when a Macro moves something.
+bool sumMacros(const EngineCore& core, int t, const Plan& plan, TrackMacros& now) {
+  const bool moved = readMacros(core, t, plan, now);
+  if (now.summed && !moved) return now.live;
+  sumTravels(plan, now.current, now.currentSums);
+  sumTravels(plan, now.open, now.openSums);
+  now.summed = true;
+  auto moves = [&](const float* sums) {
+    return std::any_of(sums, sums + plan.entryCount, [](float s) { return s != 0; });
+  };
+  return moves(now.currentSums) || moves(now.openSums);
 }
 
 void leave(EngineCore& core, int t) {
@@ -110,13 +129,7 @@ void applyMacros(EngineCore& core, int t) {
     if (now.live) leave(core, t);
     return;
   }
-  readMacros(core, t, plan, now);
-  float current[Plan::most], open[Plan::most];
-  sumTravels(plan, now.current, current);
-  sumTravels(plan, now.open, open);
-  const bool any = std::any_of(current, current + plan.entryCount, [](float s) { return s != 0; }) ||
-                   std::any_of(open, open + plan.entryCount, [](float s) { return s != 0; });
-  if (!any) {
+  if (!sumMacros(core, t, plan, now)) {
     if (now.live) leave(core, t);
     return;
   }
@@ -127,7 +140,7 @@ void applyMacros(EngineCore& core, int t) {
   }
   bool changed = false;
   for (int e = 0; e < plan.entryCount; e++)
-    changed |= moveEntry(core, t, plan.entries[e], now.seen[e], current[e], open[e]);
+    changed |= moveEntry(core, t, plan.entries[e], now.seen[e], now.currentSums[e], now.openSums[e]);
   if (!changed) return;
   now.version++;
   core.prepared[t].dirty = true;
@@ -136,7 +149,7 @@ void applyMacros(EngineCore& core, int t) {
 void resetMacros(EngineCore& core) {
   for (int t = 0; t < limits::tracks; t++) {
     TrackMacros& now = core.macros[t];
-    now.live = false;
+    now.live = now.summed = false;
     now.mask = 0;
     now.version++;
     core.overrides.macroMask[t] = 0;

@@ -21,6 +21,9 @@ struct TrackMacros {
     float base = 0, openBase = 0, current = 0, open = 0;
     bool known = false;
   } seen[macros::Plan::most];
+  // For each entry of the plan: how far the Macros move it.
+  float currentSums[macros::Plan::most] = {}, openSums[macros::Plan::most] = {};
+  bool summed = false;
   bool live = false;  // the live copy of the Track is what counts
   u32 version = 0;    // counts the changes of what a voice's own values are made of, while live
 };

@@ -79,8 +79,27 @@ void ModFx::run(Piece& piece) {
   }
 }
 
+void ModFx::listen() {
+  if (silent_ || type_ == Off || gain_ != 1) return;
+  // Vinyl sounds by itself.
+  silent_ = type_ == PhaserType ? state_.phaser.silent()
+                                : type_ != VinylType && lines_.silent() && state_.flanger.silent();
+}
+
+void ModFx::pass(int n) {
+  switch (type_) {
+    case ChorusType: state_.chorus.pass(params_, n); break;
+    case EnsembleType: state_.ensemble.pass(params_, n); break;
+    case FlangerType: state_.flanger.pass(params_, n); break;
+    case PhaserType: return state_.phaser.pass(params_, n);
+    default: return;
+  }
+  lines_.clock.advance(n);
+}
+
 void ModFx::process(float* left, float* right, int n) {
   if (type_ == Off && wanted_ == Off) return;
+  silent_ = false;
   alignas(16) float gains[modfx::tickLength] = {};
   // Vinyl is the whole signal unless only its side is wanted; the others are mixed in, at most by half.
   const f4 mix = splat(type_ == VinylType && !sideOnly_ ? 1 : 0.5f * params_.mix);

@@ -21,6 +21,15 @@ class ModFx {
   // In place; n samples within one tick.
   void process(float* left, float* right, int n);
   bool idle() const { return type_ == Off && gain_ == 0; }
+
+  // Whether silence going in comes out as silence and leaves everything but the time as it is, with this type
+  // wanted. Found out by `listen`, which takes a while and is worth asking now and then when silence goes in.
+  bool rests(int wanted) const {
+    return wanted == wanted_ && wanted == type_ && (type_ == Off ? gain_ == 0 : silent_);
+  }
+  void listen();
+  // In place of `process` while it rests.
+  void pass(int n);
   int type() const { return type_; }
   std::size_t bytes() const { return lines_.l.bytes() + lines_.r.bytes(); }
 
@@ -45,6 +54,7 @@ class ModFx {
   int type_ = Off, wanted_ = Off;
   float gain_ = 0, gainStep_ = 0, smooth_ = 1;
   bool sideOnly_ = false;
+  bool silent_ = true;  // nothing rings in it
 };
 
 }  // namespace synth

@@ -260,12 +260,16 @@ void crushTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
 
 // ---- Modulation.
 
-void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
+bool modulates(const EngineCore& core, int t) {
+  return core.track(t).mod_type != ModFx::Off || !core.tracks[t].modFx.idle();
+}
+
+// The effect's ticks, and `play(from, n)` for what lies between them.
+template <class Play>
+void betweenTicks(EngineCore& core, int t, int n, Play play) {
   TrackState& s = core.tracks[t];
   const Track& track = core.track(t);
-  if (track.mod_type == ModFx::Off && s.modFx.idle()) return;
   if (onGrid(core)) s.hushed = s.inputQuiet >= u32(core.rates.rate * 0.5);
-  const Block dryL = l, dryR = r;
   for (int done = 0; done < n;) {
     const u64 clock = core.sampleClock + u64(done);
     const int part = std::min(n - done, 8 - int(clock & 7));
@@ -282,10 +286,17 @@ void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
       m.hush = s.hushed || !s.audible;
       s.modFx.tick(m, clock == 0);
     }
-    s.modFx.process(l.v + done, r.v + done, part);
+    play(done, part);
     done += part;
   }
-  if (track.mod_type == ModFx::VinylType) countQuiet(core, s.inputQuiet, dryL, dryR, n);
+}
+
+void modulateTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
+  if (!modulates(core, t)) return;
+  TrackState& s = core.tracks[t];
+  const Block dryL = l, dryR = r;
+  betweenTicks(core, t, n, [&](int from, int part) { s.modFx.process(l.v + from, r.v + from, part); });
+  if (core.track(t).mod_type == ModFx::VinylType) countQuiet(core, s.inputQuiet, dryL, dryR, n);
 }
 
 // ---- Room.
@@ -405,19 +416,36 @@ void addToMix(EngineCore& core, int t, const Block& l, const Block& r, int n) {
   }
 }
 
-// Whether the chain behind a silent input gives exact silence and changes no state.
+// Whether the chain behind a silent input gives exact silence, and nothing in it changes but the time.
 bool rests(const EngineCore& core, int t) {
   const TrackState& s = core.tracks[t];
-  const Prepared& now = core.prepared[t];
   for (int ch = 0; ch < 2; ch++) {
     if (!s.highpassState[ch].rests() || !s.lowpassState[ch].rests()) return false;
     for (const auto& band : s.eqState)
       if (!band[ch].rests()) return false;
   }
-  constexpr u64 crush = u64(1) << CRUSH_BITS | u64(1) << CRUSH_RATE;
-  return !s.room.runs() && s.modFx.idle() && core.track(t).mod_type == ModFx::Off && s.monoBelowState == 0 &&
-         now.value[CRUSH_BITS] <= 0 && now.value[CRUSH_RATE] <= 0 && !(now.moving & crush) &&
+  return s.room.rests() && s.modFx.rests(core.track(t).mod_type) && s.monoBelowState == 0 &&
          s.crushHeld[0] == 0 && s.crushHeld[1] == 0;
+}
+
+// Time goes by for a chain that rests.
+void passTrack(EngineCore& core, int t, int n) {
+  TrackState& s = core.tracks[t];
+  if (Value(core, t, CRUSH_RATE).any(n, [](float rate) { return rate > 0; })) {
+    Block silence;
+    silence.fill(0);
+    Block other = silence;
+    crushTrack(core, t, silence, other, n);
+  }
+  if (modulates(core, t)) betweenTicks(core, t, n, [&](int, int part) { s.modFx.pass(part); });
+  s.room.pass(n);
+}
+
+// Now and then a chain that silence goes into is asked whether it rests by now.
+void listenForRest(EngineCore& core, int t) {
+  if (core.sampleClock & 255) return;
+  core.tracks[t].modFx.listen();
+  core.tracks[t].room.listen();
 }
 
 // While the transport stands, a Track without voices that has been quiet for half a second sleeps: what
@@ -495,6 +523,7 @@ void renderTracks(EngineCore& core) {
     Block &l = mix.trackL[t], &r = mix.trackR[t];
     if (!works[t]) {
       core.tracks[t].quiet = core.transport.playing ? 0 : counted(core.tracks[t].quiet, n);
+      if (!core.tracks[t].sleeping) passTrack(core, t, n);
       duckTrack(core, t, l, r, true, n);
       fadeMeters(core, t);
       movePan(core, t, n);
@@ -502,6 +531,7 @@ void renderTracks(EngineCore& core) {
     }
     modulateTrack(core, t, l, r, n);
     if (core.tracks[t].room.runs()) core.tracks[t].room.process(l, r, n);
+    if (quietInput[t]) listenForRest(core, t);
     widenTrack(core, t, l, r, n);
     duckTrack(core, t, l, r, false, n);
     countQuiet(core, core.tracks[t].quiet, l, r, n);

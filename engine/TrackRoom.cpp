@@ -65,7 +65,33 @@ void TrackRoom::tick(const Setting& s, bool snap) {
   for (float& y : low_) y = flushed(y);
 }
 
+void TrackRoom::listen() {
+  if (silent_) return;
+  for (float y : low_)
+    if (y != 0) return;
+  for (const DelayLine& l : line_)
+    if (!l.silent()) return;
+  for (auto& side : diffuser_)
+    for (const fx::Diffuser& d : side)
+      if (!d.line().silent()) return;
+  silent_ = true;
+}
+
+void TrackRoom::passTime(int n) {
+  for (Ramp& d : delay_) d.advance(n);
+  clock_.advance(n);
+}
+
+void TrackRoom::pass(int n) {
+  if (!runs_) return;
+  Block mix;
+  mixNow_.run(mix_, mixShare_, mix, n);
+  passTime(n);
+  quiet_ = counted(quiet_, n);
+}
+
 void TrackRoom::process(Block& left, Block& right, int n) {
+  silent_ = false;
   Block mix;
   mixNow_.run(mix_, mixShare_, mix, n);
   Block diffused[2] = {left, right};
@@ -91,11 +117,8 @@ void TrackRoom::process(Block& left, Block& right, int n) {
     wet[0].put(q, splat(level_) * (y[0] + y[2]) + splat(early) * diffused[0].at(q));
     wet[1].put(q, splat(level_) * (y[1] + y[3]) + splat(early) * diffused[1].at(q));
   }
-  for (int k = 0; k < lines; k++) {
-    line_[k].put(clock_.now + 1, back[k].v, n);
-    delay_[k].advance(n);
-  }
-  clock_.advance(n);
+  for (int k = 0; k < lines; k++) line_[k].put(clock_.now + 1, back[k].v, n);
+  passTime(n);
 
   countQuiet(quiet_, wet[0], wet[1], hearing, n);
   for (int q = 0; q < quads(n); q++) {

@@ -21,7 +21,16 @@ class TrackRoom {
   // In place.
   void process(dsp::Block& left, dsp::Block& right, int n);
 
+  // Whether silence going in comes out as silence and leaves everything but the time as it is. Found out by
+  // `listen`, which takes a while and is worth asking now and then when silence goes in.
+  bool rests() const { return !runs_ || silent_; }
+  void listen();
+  // In place of `process` while it rests.
+  void pass(int n);
+
  private:
+  void passTime(int n);
+
   static constexpr int lines = 4;
 
   double rate_ = 48000;
@@ -34,7 +43,7 @@ class TrackRoom {
   float size_ = 0, decay_ = 0, damp_ = -1, lowShare_ = 1, level_ = 1;
   float mix_ = 0, mixShare_ = 1;
   dsp::Slew mixNow_;
-  bool set_ = false, runs_ = false;
+  bool set_ = false, runs_ = false, silent_ = true;
   std::uint32_t quiet_ = 0;  // samples since the tail was last heard
 };
 

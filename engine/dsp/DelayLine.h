@@ -30,6 +30,12 @@ class DelayLine {
   }
   std::size_t bytes() const { return line_ ? sizeof(float) * (size_ + guard) : 0; }
   std::uint32_t longest() const { return size_ - segment - guard; }
+  // Whether it holds nothing but silence.
+  bool silent() const {
+    i4 sounds = {};
+    for (std::uint32_t i = 0; i < size_ && !any(sounds); i += 4) sounds = load(line_.get() + i) != splat(0);
+    return !any(sounds);
+  }
 
   void put(std::uint32_t number, float x) {
     const std::uint32_t i = number & (size_ - 1);

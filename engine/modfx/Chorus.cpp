@@ -6,6 +6,13 @@ namespace synth::modfx {
 
 using namespace dsp;
 
+namespace {
+
+Phase slowStep(const Params& p) { return phaseStep(p.hz / p.rate); }
+Phase flutterStep(const Params& p) { return phaseStep(std::min(14 * p.hz, 20.0f) / p.rate); }
+
+}  // namespace
+
 void Chorus::run(Lines& lines, const Params& p, Piece& x) {
   const f4 ms = splat(p.rate / 1000), middle = splat(7), swing = splat(3.2f * p.depth + 0.3f);
   const Phase step = phaseStep(p.hz / p.rate);
@@ -15,14 +22,16 @@ void Chorus::run(Lines& lines, const Params& p, Piece& x) {
     store(x.l + 4 * q, lines.l.read(at, ms * (middle + swing * sinePoly(turn))));
     store(x.r + 4 * q, lines.r.read(at, ms * (middle + swing * sinePoly(turn + quarterTurn))));
   }
-  phase += u32(x.n) * step;
+  pass(p, x.n);
   lines.clock.advance(x.n);
 }
+
+void Chorus::pass(const Params& p, int n) { phase += u32(n) * phaseStep(p.hz / p.rate); }
 
 void Ensemble::run(Lines& lines, const Params& p, Piece& x) {
   const f4 ms = splat(p.rate / 1000), middle = splat(6) * ms, half = splat(-0.5f), root = splat(0.8660254f);
   const f4 wide = splat(1.9f * p.depth) * ms, narrow = splat(0.22f * p.depth) * ms;
-  const Phase step = phaseStep(p.hz / p.rate), fastStep = phaseStep(std::min(14 * p.hz, 20.0f) / p.rate);
+  const Phase step = slowStep(p), fastStep = flutterStep(p);
   lines.write(x);
   for (int q = 0; q < quads(x.n); q++) {
     const u4 at = lines.clock.after(q), one = phasesFrom(slow, step, q), two = phasesFrom(fast, fastStep, q);
@@ -39,9 +48,13 @@ void Ensemble::run(Lines& lines, const Params& p, Piece& x) {
     store(x.l + 4 * q, splat(0.5f) * l);
     store(x.r + 4 * q, splat(0.5f) * r);
   }
-  slow += u32(x.n) * step;
-  fast += u32(x.n) * fastStep;
+  pass(p, x.n);
   lines.clock.advance(x.n);
+}
+
+void Ensemble::pass(const Params& p, int n) {
+  slow += u32(n) * slowStep(p);
+  fast += u32(n) * flutterStep(p);
 }
 
 }  // namespace synth::modfx

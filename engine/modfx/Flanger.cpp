@@ -39,7 +39,9 @@ void Flanger::run(Lines& lines, const Params& p, Piece& x) {
     }
     lines.clock.advance(1);
   }
-  phase += u32(x.n) * step;
+  pass(p, x.n);
 }
+
+void Flanger::pass(const Params& p, int n) { phase += u32(n) * phaseStep(p.hz / p.rate); }
 
 }  // namespace synth::modfx

@@ -30,6 +30,7 @@ struct Lines {
   dsp::DelayLine l, r;
   dsp::LineClock clock;
 
+  bool silent() const { return l.silent() && r.silent(); }
   void write(const Piece& x) {
     l.put(clock.now + 1, x.l, x.n);
     r.put(clock.now + 1, x.r, x.n);
@@ -42,15 +43,19 @@ inline dsp::u4 phasesFrom(dsp::Phase first, dsp::Phase step, int quad) {
   return dsp::u4{p, p + step, p + 2 * step, p + 3 * step};
 }
 
+// What an effect does while it rests, with silence coming in and none of it sounding: only time goes by, and
+// the next sound finds it as if it had run. Its lines' clock is moved by whoever asks for that.
 struct Chorus {
   dsp::Phase phase = 0;
   void run(Lines& lines, const Params& p, Piece& x);
+  void pass(const Params& p, int n);
 };
 
 // Three taps a channel, a third of a turn apart, on a slow and a fast LFO: a string machine.
 struct Ensemble {
   dsp::Phase slow = 0, fast = 0;
   void run(Lines& lines, const Params& p, Piece& x);
+  void pass(const Params& p, int n);
 };
 
 // A short delay swept by a raised cosine, fed back through a low pass.
@@ -59,6 +64,8 @@ struct Flanger {
   float low[2] = {}, lowTone = -1, lowShare = 1;
   void tick(const Params& p);
   void run(Lines& lines, const Params& p, Piece& x);
+  bool silent() const { return low[0] == 0 && low[1] == 0; }
+  void pass(const Params& p, int n);
 };
 
 // Six first-order all-passes a side.
@@ -69,6 +76,8 @@ struct Phaser {
   bool started = false;
   void tick(const Params& p);
   void run(const Params& p, Piece& x);
+  bool silent() const;
+  void pass(const Params& p, int n);
 };
 
 // Wow, flutter, a worn band, dust and hiss.

@@ -44,4 +44,20 @@ void Phaser::run(const Params& p, Piece& x) {
   phase += u32(x.n) * phaseStep(p.hz / p.rate);
 }
 
+bool Phaser::silent() const {
+  for (int ch = 0; ch < 2; ch++) {
+    if (last[ch] != 0) return false;
+    for (float s : stage[ch])
+      if (s != 0) return false;
+  }
+  return true;
+}
+
+void Phaser::pass(const Params& p, int n) {
+  // Sample by sample, so that the sums round as they do when it runs.
+  for (int ch = 0; ch < 2; ch++)
+    for (int i = 0; i < n; i++) shift[ch] += step[ch];
+  phase += u32(n) * phaseStep(p.hz / p.rate);
+}
+
 }  // namespace synth::modfx
