@@ -22,14 +22,12 @@ struct PresetSound {
   // at 120.
   std::vector<NoteSound> notes;
   // Of a melodic sound, at its centre: seconds from the start of a note of a quarter second until it stays
-  // 40 dB below its peak (3 at most), ...
-  double ringS = 0;
+  // 40 dB below its peak (3 at most), and by when its release and its room have to have let it, ...
+  double ringS = 0, endsS = 3;
   // ... milliseconds that a held note takes to rise, ...
   double riseMs = 0;
-  // ... its level after four seconds below its peak, in dB, ...
+  // ... and its level after four seconds below its peak, in dB.
   double heldDb = 0;
-  // ... and seconds from its end until it stays 40 dB below what it was (3 at most).
-  double releaseS = 0;
 };
 
 PresetSound soundOf(const preset::Preset& preset);
