@@ -187,6 +187,24 @@ void queueFilter(EngineCore& core, int t, int target, float& lastHz, SvfSetting&
   queue.add(l, r, state, setting);
 }
 
+// The high passes of all Tracks side by side, then their low passes.
+void filterTracks(EngineCore& core, const bool (&works)[limits::tracks]) {
+  const int n = core.clock.n;
+  FilterQueue high, low;
+  for (int t = 0; t < limits::tracks; t++) {
+    TrackState& s = core.tracks[t];
+    if (works[t])
+      queueFilter(core, t, HIGHPASS, s.highpassHz, s.highpass, s.highpassState, high, highpassOn, highpassAt);
+  }
+  runSvfs(high.channels, high.count, n, onGrid(core));
+  for (int t = 0; t < limits::tracks; t++) {
+    TrackState& s = core.tracks[t];
+    if (works[t])
+      queueFilter(core, t, LOWPASS, s.lowpassHz, s.lowpass, s.lowpassState, low, lowpassOn, lowpassAt);
+  }
+  runSvfs(low.channels, low.count, n, onGrid(core));
+}
+
 // ---- Drive and crush.
 
 void driveTrack(EngineCore& core, int t, Block& l, Block& r, int n) {
@@ -459,6 +477,37 @@ void watchSleep(EngineCore& core, int t) {
   }
 }
 
+// The chain behind the equalizers.
+void finishTrack(EngineCore& core, int t, bool quietInput, int n) {
+  Block &l = core.mix.trackL[t], &r = core.mix.trackR[t];
+  TrackState& s = core.tracks[t];
+  modulateTrack(core, t, l, r, n);
+  if (s.room.runs()) s.room.process(l, r, n);
+  if (quietInput) listenForRest(core, t);
+  widenTrack(core, t, l, r, n);
+  duckTrack(core, t, l, r, false, n);
+  countQuiet(core, s.quiet, l, r, n);
+  meterEnergy(core, t, l, r);
+  Block gl, gr;
+  panGains(core, t, gl, gr, n);
+  for (int q = 0; q < quads(n); q++) {
+    l.put(q, l.at(q) * gl.at(q));
+    r.put(q, r.at(q) * gr.at(q));
+  }
+  meterPeaks(core, t, l, r);
+  addToMix(core, t, l, r, n);
+}
+
+// What goes on in a Track that is silent and rests or sleeps.
+void standStill(EngineCore& core, int t, int n) {
+  TrackState& s = core.tracks[t];
+  s.quiet = core.transport.playing ? 0 : counted(s.quiet, n);
+  if (!s.sleeping) passTrack(core, t, n);
+  duckTrack(core, t, core.mix.trackL[t], core.mix.trackR[t], true, n);
+  fadeMeters(core, t);
+  movePan(core, t, n);
+}
+
 }  // namespace
 
 void refreshTracks(EngineCore& core, bool snap) {
@@ -491,7 +540,6 @@ void renderTracks(EngineCore& core) {
   if (onGrid(core)) tickRooms(core);
 
   bool works[limits::tracks], quietInput[limits::tracks];
-  FilterQueue high, low;
   for (int t = 0; t < limits::tracks; t++) {
     Block &l = mix.trackL[t], &r = mix.trackR[t];
     quietInput[t] = !mix.trackUsed[t] || (silent(l, n) && silent(r, n));
@@ -502,17 +550,8 @@ void renderTracks(EngineCore& core) {
       r.fill(0);
     }
     levelTrack(core, t, l, r, !works[t], n);
-    if (!works[t]) continue;
-    TrackState& s = core.tracks[t];
-    queueFilter(core, t, HIGHPASS, s.highpassHz, s.highpass, s.highpassState, high, highpassOn, highpassAt);
   }
-  runSvfs(high.channels, high.count, n, onGrid(core));
-  for (int t = 0; t < limits::tracks; t++) {
-    TrackState& s = core.tracks[t];
-    if (works[t])
-      queueFilter(core, t, LOWPASS, s.lowpassHz, s.lowpass, s.lowpassState, low, lowpassOn, lowpassAt);
-  }
-  runSvfs(low.channels, low.count, n, onGrid(core));
+  filterTracks(core, works);
   for (int t = 0; t < limits::tracks; t++) {
     if (!works[t]) continue;
     driveTrack(core, t, mix.trackL[t], mix.trackR[t], n);
@@ -520,30 +559,10 @@ void renderTracks(EngineCore& core) {
   }
   runTrackEqs(core, works);
   for (int t = 0; t < limits::tracks; t++) {
-    Block &l = mix.trackL[t], &r = mix.trackR[t];
-    if (!works[t]) {
-      core.tracks[t].quiet = core.transport.playing ? 0 : counted(core.tracks[t].quiet, n);
-      if (!core.tracks[t].sleeping) passTrack(core, t, n);
-      duckTrack(core, t, l, r, true, n);
-      fadeMeters(core, t);
-      movePan(core, t, n);
-      continue;
-    }
-    modulateTrack(core, t, l, r, n);
-    if (core.tracks[t].room.runs()) core.tracks[t].room.process(l, r, n);
-    if (quietInput[t]) listenForRest(core, t);
-    widenTrack(core, t, l, r, n);
-    duckTrack(core, t, l, r, false, n);
-    countQuiet(core, core.tracks[t].quiet, l, r, n);
-    meterEnergy(core, t, l, r);
-    Block gl, gr;
-    panGains(core, t, gl, gr, n);
-    for (int q = 0; q < quads(n); q++) {
-      l.put(q, l.at(q) * gl.at(q));
-      r.put(q, r.at(q) * gr.at(q));
-    }
-    meterPeaks(core, t, l, r);
-    addToMix(core, t, l, r, n);
+    if (works[t])
+      finishTrack(core, t, quietInput[t], n);
+    else
+      standStill(core, t, n);
   }
 }
 
