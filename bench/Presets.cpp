@@ -22,9 +22,8 @@ using text::print;
 
 std::string line(const Preset& p, const PresetSound& s) {
   return print(
-      "%-20s %-7s %-9s %-9s lufs %6.1f peak %6.1f centroid %5.0f flat %6.1f hnr %5.1f side %6.1f rise "
-      "%5.0f "
-      "ring %4.2f held %6.1f",
+      "%-20s %-7s %-9s %-9s lufs %6.1f peak %6.1f centroid %5.0f flat %6.1f hnr %5.1f side %6.1f "
+      "rise %5.0f ring %4.2f held %6.1f",
       p.name.c_str(), preset::roleName(p.role), p.family.c_str(), preset::engineName(p).c_str(), s.demo.lufs,
       s.demo.peakDbfs, s.demo.centroidHz, analysis::powerDb(s.demo.flatness), s.demo.harmonicToNoiseDb,
       s.demo.sideMidDb, s.riseMs, s.ringS, s.heldDb);

@@ -55,8 +55,7 @@ std::string generalHelp() {
   // "synth" stands here as it always has: agents know the line.
   return out +
          "\nsynth help COMMAND shows a command's arguments and examples; quorel commands lists them as JSON. "
-         "Start "
-         "with `quorel guide start`.\n";
+         "Start with `quorel guide start`.\n";
 }
 
 }  // namespace synth::cli

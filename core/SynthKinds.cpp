@@ -27,8 +27,7 @@ constexpr Kind kinds[synthKinds] = {
      "PHASE COUPLING",
      {"TONE", "RATIO", "SHAPE", "FEEDBACK"},
      "A carrier and modulator exchange phase. Tone sets the modulation index, ratio their coupling, shape "
-     "adds "
-     "a saw edge and feedback lets the modulator bend itself toward a bowed buzz.",
+     "adds a saw edge and feedback lets the modulator bend itself toward a bowed buzz.",
      {"How strongly the modulator bends the carrier: the brightness.",
       "The modulator's pitch against the carrier: whole ratios ring true, others clang.",
       "Adds a saw edge to the carrier.", "Lets the modulator bend itself, up to a bowed buzz."}},
@@ -36,24 +35,21 @@ constexpr Kind kinds[synthKinds] = {
      "STRUCK METAL",
      {"TONE", "TEXTURE", "PUNCH", "TINE"},
      "A strike excites a fundamental and inharmonic metal modes. Tone controls ring, texture the ratios, "
-     "punch "
-     "the impact.",
+     "punch the impact.",
      {"How long and how brightly the strike rings on.", "Moves the metal's modes against the note.",
       "How hard the hammer hits.", "How much of the thin metal reed rings above the note."}},
     {"ORGAN",
      "PIPES AND ROTOR",
      {"TYPE", "BASS", "ROTOR", "CLICK"},
      "Eight drawbar partials through a rotary speaker. Type sets the registration, bass the low octave, "
-     "rotor "
-     "spins horn and drum from still to fast, click adds the key contact.",
+     "rotor spins horn and drum from still to fast, click adds the key contact.",
      {"The registration, from flute to full.", "The weight of the low octave.",
       "The rotary speaker's speed, from still to fast.", "The click of the key contacts."}},
     {"WAVETABLE",
      "CONTOUR ATLAS",
      {"TABLE", "POSITION", "WARP", "DRIFT"},
      "Scan an atlas of harmonic contours. Table and position choose the surface, warp bends the phase and "
-     "drift "
-     "detunes the warp oscillator away from the note for inharmonic bells.",
+     "drift detunes the warp oscillator away from the note for inharmonic bells.",
      {"Which family of waves is scanned.", "Where in the table the wave is read.",
       "Bends the reading, which adds overtones.", "Detunes the bend, from tight to bell-like."}},
     {"SWARM",
@@ -89,9 +85,8 @@ constexpr Kind kinds[synthKinds] = {
      "STRUCK SKIN",
      {"TONE", "SWEEP", "SNAP", "DRIVE"},
      "A synthesized drum voice played from notes. Perc model picks kick, tom, conga or metal; sweep bends "
-     "the "
-     "pitch down, snap adds the beater, tone colours it and drive saturates. Notes tune the drum, so a kick "
-     "becomes an 808 bass.",
+     "the pitch down, snap adds the beater, tone colours it and drive saturates. Notes tune the drum, so a "
+     "kick becomes an 808 bass.",
      {"The drum's brightness.", "How far the pitch falls on a hit.", "The sharpness of the beater.",
       "Saturates the drum."}},
     {"SAMPLER",

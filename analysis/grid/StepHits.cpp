@@ -66,9 +66,8 @@ Json stepGridJson(const StepHits& hits, int fromBar, int bars) {
                             .add("high", rowText(hits, bar - 1, 2))));
   return Json::object()
       .add("legend",
-           "one character per sixteenth Step from bar 1 of the grid: X strong onset, x soft, . none; low < "
-           "130 "
-           "Hz (kick, bass), mid 150-700 Hz (snare body, keys), high > 6 kHz (hats, cymbals)")
+           "one character per sixteenth Step from bar 1 of the grid: X strong onset, x soft, . none; "
+           "low < 130 Hz (kick, bass), mid 150-700 Hz (snare body, keys), high > 6 kHz (hats, cymbals)")
       .add("bars", std::move(rows));
 }
 

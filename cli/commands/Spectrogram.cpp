@@ -25,8 +25,7 @@ const std::vector<std::string> projectOptions = {"range", "section", "track", "p
 
 constexpr char reading[] =
     "Open the PNG with your image reader. Pitch rises upwards on a log scale with a line at every C, time "
-    "runs "
-    "to the right; brighter is louder.";
+    "runs to the right; brighter is louder.";
 constexpr char readingBars[] =
     " Lines downwards are Steps (faint), beats and bars (strong, numbered on top).";
 constexpr char readingTwo[] =

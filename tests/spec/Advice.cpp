@@ -91,8 +91,7 @@ TEST(Advice, ChokeGroupsThatCutEachOtherOff) {
   EXPECT_EQ(
       warningsIn(song(0, "[0, 0, 100], [4, 1, 100]", R"(, "tracks": [{"index": 0, "name": "KIT"}])" + pads)),
       "Track 0 (KIT): Pads 0 (KICK) and 1 (SNARE) share choke group 2 and cut each other off; set pad_choke "
-      "to "
-      "NONE unless that is intended\n");
+      "to NONE unless that is intended\n");
   EXPECT_EQ(warningsIn(song(0, "[0, 2, 100], [4, 3, 100]")), "");
 }
 
