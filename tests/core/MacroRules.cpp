@@ -84,25 +84,18 @@ TEST(MacroRules, AddNamesAndRefuses) {
   EXPECT_EQ(p->tracks[2].macros[0].value, 1);
   EXPECT_EQ(macros::add(*p, 2, "MORE", false, 0, error), -1);
   EXPECT_EQ(error, "A sound holds at most 16 Macros");
-  const struct {
-    const char *name, *error;
-  } refused[] = {
-      {"M3", "The sound already has a Macro named M3"},
-      {"m3 ", "The sound already has a Macro named M3"},
-      {"3M",
-       "A Macro's name is one word of up to 12 letters, digits, _ or -, starting with a letter, and not a "
-       "parameter's "
-       "key: 3M"},
-      {"CUTOFF",
-       "A Macro's name is one word of up to 12 letters, digits, _ or -, starting with a letter, and not a "
-       "parameter's "
-       "key: CUTOFF"},
-  };
-  for (const auto& c : refused) {
-    EXPECT_EQ(macros::add(*p, 2, c.name, false, 0, error), -1);
-    EXPECT_EQ(error, c.error);
-    EXPECT_FALSE(macros::rename(*p, 2, 5, c.name, error));
-    EXPECT_EQ(error, c.error);
+  const std::string
+      taken = "The sound already has a Macro named M3",
+      unfit =
+          "A Macro's name is one word of up to 12 letters, digits, _ or -, starting with a letter, "
+          "and not a parameter's key: ";
+  const std::pair<const char*, std::string> refused[] = {
+      {"M3", taken}, {"m3 ", taken}, {"3M", unfit + "3M"}, {"CUTOFF", unfit + "CUTOFF"}};
+  for (const auto& [name, words] : refused) {
+    EXPECT_EQ(macros::add(*p, 2, name, false, 0, error), -1);
+    EXPECT_EQ(error, words);
+    EXPECT_FALSE(macros::rename(*p, 2, 5, name, error));
+    EXPECT_EQ(error, words);
   }
   EXPECT_EQ(macros::add(*p, 16, "A", false, 0, error), -1);
   EXPECT_EQ(error, "No track 16");

@@ -1,6 +1,5 @@
 // The parameter list: its rows, what is inactive and why, and how fast it is searched.
 #include "core/sounds/ParamList.h"
-#include "core/sounds/Layers.h"
 
 #include <gtest/gtest.h>
 
