@@ -118,6 +118,11 @@ int exitOf(const std::string& code) {
   return 3;
 }
 
+// A run that has ended keeps nobody waiting.
+struct EndOfRun {
+  ~EndOfRun() { context().writing.release(); }
+};
+
 RunContext& context() {
   static RunContext current;
   return current;
@@ -136,6 +141,7 @@ Outcome run(std::vector<std::string> args) {
   if (args[0] == "-h" || args[0] == "--help") return {generalHelp(), 0};
   if (args[0] == "--version") args[0] = "version";
   std::string name;
+  const EndOfRun end;
   try {
     return runCommand(std::move(args), name, compact);
   } catch (const CliError& error) {

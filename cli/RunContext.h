@@ -4,10 +4,13 @@
 
 #include <string>
 
+#include "base/FolderLock.h"
+
 namespace synth::cli {
 
 struct RunContext {
   std::string undoLabel;  // of the app's Undo step, for writes into @app
+  FolderLock writing;     // where the run changes a project, until it ends
 };
 
 RunContext& context();

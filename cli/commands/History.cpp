@@ -73,6 +73,7 @@ Json restore(const Args& args) {
   const std::string& path = args.positionals[0];
   refuseApp(path);
   refuseSpecPath(path);
+  if (!args.has("dry-run")) holdFolderOf(path);
   const std::string snapshot = chosenSnapshot(args, path);
   auto restored = loadSnapshot(snapshot);
   auto current = loadQuietly(path);
@@ -97,8 +98,7 @@ Command projectHistory() {
 Command projectRestore() {
   return {"project restore",
           "Put a snapshot back (default: the newest). The current file is kept as a snapshot first, so a "
-          "restore can "
-          "be undone too.",
+          "restore can be undone too.",
           {positional("input", "path.quorel", "the project to restore").needed(),
            option("snapshot", "path", "which snapshot (quorel project history lists them)"),
            flag("dry-run", "list the changes, write nothing")},

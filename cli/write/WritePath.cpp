@@ -2,8 +2,11 @@
 
 #include <sys/stat.h>
 
+#include <filesystem>
+
 #include "cli/Error.h"
 #include "cli/LoadAny.h"
+#include "cli/RunContext.h"
 #include "cli/write/Snapshots.h"
 #include "core/ProjectFile.h"
 
@@ -41,6 +44,16 @@ void refuseSpecPath(const std::string& path) {
     throw usage("The result is a project, not a spec: " + path, "Write it to a .quorel file");
 }
 
+void holdFolderOf(const std::string& path) {
+  constexpr double longest = 10;  // seconds; a write takes milliseconds
+  std::error_code failed;
+  const std::filesystem::path target = std::filesystem::weakly_canonical(path, failed);
+  const std::string folder = target.has_parent_path() ? target.parent_path().string() : ".";
+  if (!context().writing.take(folder, longest))
+    throw CliError("write_failed", "Another command has been writing in " + folder + " for a while",
+                   "Try again when it has ended");
+}
+
 void checkExists(const Destination& d) {
   if (d.path == appPath) {
     if (!d.force && !d.dryRun)
@@ -49,7 +62,9 @@ void checkExists(const Destination& d) {
     throw CliError("app_not_running", "Quorel is not running (this version does not reach the app yet)",
                    "Work on .quorel files directly");
   }
-  if (!d.dryRun) refuseExisting(d.path, d.force);
+  if (d.dryRun) return;
+  holdFolderOf(d.path);
+  refuseExisting(d.path, d.force);
 }
 
 std::string restoreCommand(const std::string& path) {

@@ -22,7 +22,10 @@ std::vector<ArgSpec> writeOptions();
 bool fileExists(const std::string& path);
 // Refuses a path that every command would read as a spec.
 void refuseSpecPath(const std::string& path);
-// Refuses an existing path without --force; a dry run is never refused.
+// Keeps other commands from writing where the path leads until this run has ended: what is read from now on
+// is what will be replaced.
+void holdFolderOf(const std::string& path);
+// Holds the destination's folder and refuses an existing path without --force; a dry run does neither.
 void checkExists(const Destination& destination);
 void refuseExisting(const std::string& path, bool force);
 

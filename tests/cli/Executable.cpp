@@ -47,6 +47,27 @@ TEST(Executable, ItsNamePicksTheFace) {
             quorel({"version", "--compact"}).text);
 }
 
+// Eight commands at once, each with a change of its own to one project: they wait for each other.
+TEST(Executable, CommandsAtOnceLoseNoChange) {
+  TempFolder folder;
+  ASSERT_EQ(shell(folder, "quorel project new song.quorel; mkdir link; ln -s ../song.quorel link/song.quorel")
+                .status,
+            0);
+  std::string line;
+  for (int i = 0; i < 8; i++)
+    line += "quorel macro add " + std::string(i % 2 ? "song" : "link/song") + ".quorel EXTRA" +
+            std::to_string(i) + " --track BASS --in-place & ";
+  EXPECT_EQ(shell(folder, line + "wait").status, 0);
+  const std::string list = quorel({"macro", "list", folder / "song.quorel", "--track", "BASS"}).text;
+  for (int i = 0; i < 8; i++) EXPECT_NE(list.find("EXTRA" + std::to_string(i)), std::string::npos) << i;
+  // Of those that would make the same new file one does.
+  const Ran made =
+      shell(folder, "for i in 1 2 3 4; do quorel project new fresh.quorel --name N$i --compact & done; wait");
+  size_t ok = 0;
+  for (size_t at = 0; (at = made.out.find("\"ok\":true", at)) != std::string::npos; at++) ok++;
+  EXPECT_EQ(ok, 1u) << made.out;
+}
+
 TEST(Executable, PrintsOneEnvelopeAndNothingElse) {
   TempFolder folder;
   writeAll(folder / "tune.json",
