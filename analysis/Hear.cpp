@@ -1,44 +1,18 @@
 #include "analysis/Hear.h"
 
-#include <stdlib.h>
-
+#include <algorithm>
 #include <cmath>
-#include <filesystem>
 #include <memory>
 #include <stdexcept>
 
 #include "analysis/reading/ReadAudio.h"
+#include "base/Scraps.h"
 #include "core/model/Clips.h"
 #include "core/sounds/Solo.h"
 #include "engine/AudioFormats.h"
 
 namespace synth::analysis {
 namespace {
-
-namespace fs = std::filesystem;
-
-// A fresh folder that goes with all that is in it.
-class TemporaryFolder {
- public:
-  TemporaryFolder() {
-    std::error_code none;
-    fs::path base = fs::temp_directory_path(none);
-    if (base.empty()) base = "/tmp";
-    path_ = (base / "synth-cli.XXXXXX").string();
-    if (!::mkdtemp(path_.data()))
-      throw std::runtime_error("Cannot create a temporary folder in " + base.string());
-  }
-  ~TemporaryFolder() {
-    std::error_code none;
-    fs::remove_all(path_, none);
-  }
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 struct Passes {
   int count = 1;
@@ -71,6 +45,8 @@ Audio hear(const Project& project, const Part& part, double atLeast, const Progr
   const Passes passes = passesFor(project, part, atLeast);
   const TemporaryFolder folder;
   const std::string path = folder.path() + "/render.wav";
+  Scrap rendered;
+  rendered.enroll(path, Scrap::File);
   std::string error;
   auto sink = makeFileSink(AudioFormat::Wav, path);
   const bool ok = part.whole ? renderSong(*copy, passes.count, *sink, error, passes.tailSeconds, progress)

@@ -8,63 +8,6 @@ namespace {
 constexpr size_t hop = 4800;
 constexpr size_t momentary = 4, shortTerm = 30;  // lengths of blocks, in hops: 0.4 s and 3 s
 
-// One biquad in direct form 1; b and a of a filter with a0 = 1.
-struct Biquad {
-  double b0, b1, b2, a1, a2;
-  double x1 = 0, x2 = 0, y1 = 0, y2 = 0;
-
-  double run(double x) {
-    const double y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
-    x2 = x1;
-    x1 = x;
-    y2 = y1;
-    y1 = y;
-    return y;
-  }
-  // Ends a tail before it becomes too small for the processor to be quick with.
-  void settle() {
-    for (double* state : {&x1, &x2, &y1, &y2})
-      if (std::fabs(*state) < 1e-100) *state = 0;
-  }
-};
-
-// The K weighting at 48 kHz.
-struct Weighting {
-  Biquad shelf{1.53512485958697, -2.69169619938640, 1.19839281085285, -1.69065929318241, 0.73248077421585};
-  Biquad highPass{1, -2, 1, -1.99004745483398, 0.99007225036621};
-
-  double run(double x) { return highPass.run(shelf.run(x)); }
-  void settle() {
-    shelf.settle();
-    highPass.settle();
-  }
-};
-
-// Energies of whole hops, weighted: of both channels together, and of their mean counted as both.
-struct Hops {
-  std::vector<double> stereo, mono;
-};
-
-Hops weigh(const Audio& audio) {
-  Hops hops;
-  hops.stereo.reserve(audio.size() / hop);
-  hops.mono.reserve(audio.size() / hop);
-  Weighting left, right;
-  for (size_t at = 0; at + hop <= audio.size(); at += hop) {
-    double both = 0, middle = 0;
-    for (size_t i = at; i < at + hop; i++) {
-      const double l = left.run(double(audio.left[i])), r = right.run(double(audio.right[i]));
-      both += l * l + r * r;
-      middle += (l + r) * (l + r);
-    }
-    hops.stereo.push_back(both);
-    hops.mono.push_back(middle / 2);
-    left.settle();
-    right.settle();
-  }
-  return hops;
-}
-
 double loudnessDb(double meanSquare) { return -0.691 + 10 * math::log10(std::max(meanSquare, 1e-30)); }
 
 // Mean squares of the blocks of so many hops, one a hop.
@@ -103,15 +46,68 @@ double range(const std::vector<double>& hops) {
 
 }  // namespace
 
-Loudness loudnessOf(const Audio& audio) {
-  const Hops hops = weigh(audio);
+double KWeighting::run(double x) { return highPass_.run(shelf_.run(x)); }
+
+void KWeighting::settle() {
+  shelf_.settle();
+  highPass_.settle();
+}
+
+double KWeighting::Biquad::run(double x) {
+  const double y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
+  x2 = x1;
+  x1 = x;
+  y2 = y1;
+  y1 = y;
+  return y;
+}
+
+void KWeighting::Biquad::settle() {
+  for (double* state : {&x1, &x2, &y1, &y2})
+    if (std::fabs(*state) < 1e-100) *state = 0;
+}
+
+void LoudnessMeter::add(const float* left, const float* right, size_t frames) {
+  for (size_t done = 0; done < frames;) {
+    const size_t end = std::min(frames, done + hop - inHop_);
+    inHop_ += end - done;
+    for (; done < end; done++) {
+      const double l = left_.run(double(left[done])), r = right_.run(double(right[done]));
+      both_ += l * l + r * r;
+      middle_ += (l + r) * (l + r);
+    }
+    if (inHop_ < hop) return;
+    stereo_.push_back(both_);
+    mono_.push_back(middle_ / 2);
+    both_ = middle_ = 0;
+    inHop_ = 0;
+    left_.settle();
+    right_.settle();
+  }
+}
+
+double LoudnessMeter::lufs() const { return integrated(stereo_); }
+
+Loudness LoudnessMeter::loudness() const {
   Loudness out;
-  out.lufs = integrated(hops.stereo);
-  out.lraLu = range(hops.stereo);
-  if (out.lufs > -70) out.monoLossDb = std::max(integrated(hops.mono) - out.lufs, -60.0);
+  out.lufs = lufs();
+  out.lraLu = range(stereo_);
+  if (out.lufs > -70) out.monoLossDb = std::max(integrated(mono_) - out.lufs, -60.0);
   return out;
 }
 
-double integratedLufs(const Audio& audio) { return integrated(weigh(audio).stereo); }
+namespace {
+
+LoudnessMeter metered(const Audio& audio) {
+  LoudnessMeter meter;
+  meter.add(audio.left.data(), audio.right.data(), audio.size());
+  return meter;
+}
+
+}  // namespace
+
+Loudness loudnessOf(const Audio& audio) { return metered(audio).loudness(); }
+
+double integratedLufs(const Audio& audio) { return metered(audio).lufs(); }
 
 }  // namespace synth::analysis

@@ -6,8 +6,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <climits>
-#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -35,51 +33,6 @@ std::string behindLinks(const std::string& path) {
   return out;
 }
 
-// Temporary files that a signal removes: paths at fixed places, since a handler may not allocate.
-struct Registry {
-  static constexpr int places = 8;
-  enum State : unsigned char { Free, Claimed, Named };
-  std::atomic<unsigned char> states[places]{};
-  char paths[places][PATH_MAX]{};
-};
-Registry registry;
-
-int enroll(const std::string& path) {
-  if (path.size() >= PATH_MAX) return -1;
-  for (int i = 0; i < Registry::places; i++) {
-    unsigned char free = Registry::Free;
-    if (!registry.states[i].compare_exchange_strong(free, Registry::Claimed)) continue;
-    std::memcpy(registry.paths[i], path.c_str(), path.size() + 1);
-    registry.states[i].store(Registry::Named);
-    return i;
-  }
-  return -1;
-}
-
-extern "C" void removeAndEnd(int signal) {
-  for (int i = 0; i < Registry::places; i++)
-    if (registry.states[i].load() == Registry::Named) ::unlink(registry.paths[i]);
-  std::signal(signal, SIG_DFL);
-  std::raise(signal);
-}
-
-constexpr int endingSignals[] = {SIGINT, SIGTERM, SIGHUP};
-
-// Holds those signals back while a file exists that the registry does not know yet.
-class SignalsHeld {
- public:
-  SignalsHeld() {
-    sigset_t held;
-    sigemptyset(&held);
-    for (int signal : endingSignals) sigaddset(&held, signal);
-    pthread_sigmask(SIG_BLOCK, &held, &before_);
-  }
-  ~SignalsHeld() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-
- private:
-  sigset_t before_;
-};
-
 // A new file beside `destination`, with the mode that the umask gives; mkstemp's would be private, and a
 // song that was for others to read is to stay so. Returns -1 with errno.
 int createBeside(const std::string& destination, std::string& name) {
@@ -103,12 +56,6 @@ int createBeside(const std::string& destination, std::string& name) {
 
 }  // namespace
 
-void removeTemporaryFilesOnSignals() {
-  // A signal that the caller has us ignore, as nohup does, stays ignored.
-  for (int signal : endingSignals)
-    if (std::signal(signal, removeAndEnd) == SIG_IGN) std::signal(signal, SIG_IGN);
-}
-
 AtomicFile::~AtomicFile() {
   if (file_) std::fclose(file_);
   if (!temporary_.empty()) ::unlink(temporary_.c_str());
@@ -116,8 +63,7 @@ AtomicFile::~AtomicFile() {
 }
 
 void AtomicFile::forget() {
-  if (registered_ >= 0) registry.states[registered_].store(Registry::Free);
-  registered_ = -1;
+  scrap_.forget();
   temporary_.clear();
 }
 
@@ -143,7 +89,7 @@ bool AtomicFile::open(const std::string& wanted, std::string& error) {
   }
   destination_ = destination;
   temporary_ = name;
-  registered_ = enroll(name);
+  scrap_.enroll(name, Scrap::File);
   if (replaces) ::fchmod(fd, old.st_mode & 07777);
   file_ = ::fdopen(fd, "w+b");
   if (!file_) {

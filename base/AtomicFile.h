@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/Scraps.h"
+
 namespace synth {
 
 class AtomicFile {
@@ -39,14 +41,10 @@ class AtomicFile {
 
   std::FILE* file_ = nullptr;
   std::string destination_, temporary_;
-  int registered_ = -1;
+  Scrap scrap_;
 };
 
 // The three steps in one, for a whole text or image.
 bool writeAtomically(const std::string& destination, std::string_view bytes, std::string& error);
-
-// From now on SIGINT, SIGTERM and SIGHUP remove the temporary files that are open before they end the
-// process.
-void removeTemporaryFilesOnSignals();
 
 }  // namespace synth

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "base/AtomicFile.h"
+#include "base/Scraps.h"
 #include "base/Suggest.h"
 #include "base/Text.h"
 #include "cli/Args.h"

@@ -63,6 +63,8 @@ std::string write(const Preset& preset);
 // Reads a text. A bad line costs only itself and a warning, "line 7: ..."; false with `error` when the name
 // or the Engine is missing or unknown, or a Sample is no hash.
 bool parse(std::string_view text, Preset& preset, std::vector<std::string>& warnings, std::string& error);
+// The one warning that a Role given from elsewhere answers.
+inline constexpr char noRoleWarning[] = "no role, LEAD instead";
 // Brings the Preset to its canonical form: clean words, no value that equals the plain sound's, values and
 // Macros in order and within their rules.
 void normalize(Preset& preset);

@@ -40,7 +40,7 @@ Json writeDocs(const Args& args) {
 Command schema() {
   return {"schema",   "Print the spec format as JSON Schema, with every parameter's range and options.",
           {},         "JSON Schema",
-          false,      {"quorel schema --compact > spec.schema.json"},
+          false,      {"quorel schema --compact | jq .data > spec.schema.json"},
           printSchema};
 }
 

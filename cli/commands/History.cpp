@@ -31,7 +31,8 @@ Json history(const Args& args) {
   auto current = loadQuietly(path);
   Json rows = Json::array();
   const auto snapshots = snapshotsOf(path);
-  if (snapshots.empty() && !std::filesystem::is_regular_file(path))
+  std::error_code none;
+  if (snapshots.empty() && !std::filesystem::is_regular_file(path, none))
     throw CliError("not_found", "No such file: " + path,
                    "Check the path; projects are .quorel files, specs .json");
   for (const std::string& snapshot : snapshots) {

@@ -1,5 +1,6 @@
 // preset demo: what a Preset plays to show itself, as Notes and as sound.
 #include <algorithm>
+#include <filesystem>
 
 #include "base/Text.h"
 #include "cli/Args.h"
@@ -74,6 +75,15 @@ ProjectPtr stage(const Preset& p, const preset::Demo& demo, const Project* song,
   return out;
 }
 
+// A WAV under another format's name would be taken for one.
+void refuseOtherFormats(const std::string& path) {
+  const std::string extension = text::lower(std::filesystem::path(path).extension().string());
+  for (const AudioFormatInfo& row : audioFormats())
+    if (row.format != AudioFormat::Wav && extension == std::string(".") + row.extension)
+      throw usage("--render writes a WAV, got " + path,
+                  "Name it .wav, or put the Preset into a song and render that");
+}
+
 void renderWav(const Project& p, const std::string& path, double tail) {
   std::string error;
   bool ok = false;
@@ -117,6 +127,7 @@ Json run(const Args& args) {
   std::vector<std::string> warnings = given.warnings;
   if (args.has("render")) {
     const std::string& path = args.at("render");
+    refuseOtherFormats(path);
     refuseExisting(path, args.has("force"));
     auto staged = stage(p, demo, song ? scene.get() : nullptr, track);
     staged->bpm = scene->bpm;

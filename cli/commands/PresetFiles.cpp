@@ -58,6 +58,7 @@ Json import(const Args& args) {
   std::vector<std::string> warnings;
   Preset p = readPresetFile(args.positionals[0], warnings);
   applyHeader(args, p);
+  if (args.has("role")) std::erase(warnings, preset::noRoleWarning);
   preset::PresetLibrary library = libraryOf(args);
   Json result = saved(library, p, args.has("force"));
   return std::move(result.add("warnings", textList(warnings)));

@@ -5,6 +5,8 @@
 #include <functional>
 #include <memory>
 
+#include "analysis/Loudness.h"
+#include "analysis/Measure.h"
 #include "base/Math.h"
 #include "base/Parallel.h"
 #include "base/Text.h"
@@ -51,26 +53,36 @@ std::string defaultOut(const std::string& input, const Args& args) {
   return path.string();
 }
 
-// Passes a render on and notes its peak.
+// Passes a render on and notes its peak and its loudness.
 class MeteredSink : public AudioSink {
  public:
-  explicit MeteredSink(AudioSink& into) : into_(into) {}
+  // What has come to be at the path since the render began is refused like what was there before.
+  MeteredSink(AudioSink& into, std::string path, bool force)
+      : into_(into), path_(std::move(path)), force_(force) {}
   void begin(u32 rate, u64 frames) override {
     frames_ = frames;
     into_.begin(rate, frames);
   }
   void write(const float* left, const float* right, unsigned frames) override {
     for (unsigned i = 0; i < frames; i++) peak_ = std::max({peak_, std::fabs(left[i]), std::fabs(right[i])});
+    loudness_.add(left, right, frames);
     into_.write(left, right, frames);
   }
-  void finish() override { into_.finish(); }
+  void finish() override {
+    refuseExisting(path_, force_);
+    into_.finish();
+  }
   double seconds() const { return double(frames_) / renderRate; }
+  Json lufs() const { return analysis::rounded(loudness_.lufs(), 1); }
   Json peakDb() const { return peak_ > 0 ? Json(std::round(200 * math::log10(double(peak_))) / 10) : Json(); }
 
  private:
   AudioSink& into_;
+  std::string path_;
+  bool force_;
   u64 frames_ = 0;
   float peak_ = 0;
+  analysis::LoudnessMeter loudness_;
 };
 
 struct Job {
@@ -78,6 +90,7 @@ struct Job {
   int loops;
   double tail;
   AudioFormat format;
+  bool force;
 };
 
 bool isFileFault(const std::string& text) {
@@ -89,13 +102,13 @@ bool isFileFault(const std::string& text) {
 
 struct Rendered {
   double seconds = 0;
-  Json peakDb;
+  Json peakDb, lufs;
 };
 
 // Renders into a file.
 Rendered renderTo(const Project& p, const std::string& path, const Job& job, const Progress& show) {
   auto file = makeFileSink(job.format, path);
-  MeteredSink sink(*file);
+  MeteredSink sink(*file, path, job.force);
   std::string error;
   try {
     const bool ok = job.span.whole
@@ -109,7 +122,7 @@ Rendered renderTo(const Project& p, const std::string& path, const Job& job, con
     if (isFileFault(text)) throw CliError("write_failed", "Cannot write " + path + ": " + text);
     throw CliError("render_failed", "Render failed: " + text);
   }
-  return {sink.seconds(), sink.peakDb()};
+  return {sink.seconds(), sink.peakDb(), sink.lufs()};
 }
 
 struct Stem {
@@ -173,9 +186,12 @@ Json renderProject(const Args& args) {
   const bool force = args.has("force"), onlyStems = args.has("stems") && !args.has("out");
   const std::string out = args.has("out") ? args.at("out") : defaultOut(input, args);
   Job job{songSpan(args, *project), intOption(args, "loops", 1, 1, 64),
-          numberOption(args, "tail", 2, 0, longestTail), formatOf(args, out)};
+          numberOption(args, "tail", 2, 0, longestTail), formatOf(args, out), force};
+  // Stems are for going on with: a mix in a lossy format leaves them whole.
+  Job stemJob = job;
+  if (!args.has("format")) stemJob.format = AudioFormat::Wav;
   std::vector<Stem> stems;
-  if (args.has("stems")) stems = stemsOf(*project, args.at("stems"), job.format);
+  if (args.has("stems")) stems = stemsOf(*project, args.at("stems"), stemJob.format);
   // What can be known to fail is refused before anything is written.
   requireEncoder(job.format);
   requireSound(*project, job.span);
@@ -189,25 +205,26 @@ Json renderProject(const Args& args) {
   ProgressLine progress("Rendering " + (onlyStems ? args.at("stems") : out),
                         stems.size() + (onlyStems ? 0 : 1));
   Rendered mix;
-  auto addTask = [&](const Project& p, const std::string& path, Rendered* into) {
+  auto addTask = [&](const Project& p, const std::string& path, const Job& how, Rendered* into) {
     tasks.push_back([&, path, into, n = tasks.size()] {
-      const Rendered done = renderTo(p, path, job, [&](double share) { progress.show(n, share); });
+      const Rendered done = renderTo(p, path, how, [&](double share) { progress.show(n, share); });
       if (into) *into = done;
     });
   };
-  if (!onlyStems) addTask(*project, out, &mix);
+  if (!onlyStems) addTask(*project, out, job, &mix);
   std::vector<ProjectPtr> solos;
   for (const Stem& stem : stems) solos.push_back(soloOf(*project, stem.track));
-  for (size_t i = 0; i < stems.size(); i++) addTask(*solos[i], stems[i].path, nullptr);
+  for (size_t i = 0; i < stems.size(); i++) addTask(*solos[i], stems[i].path, stemJob, nullptr);
   constexpr size_t most = 8;  // temporary files that a signal still cleans up
   runAll(tasks, most);
 
   Json result = Json::object();
   if (!onlyStems) result.add("wrote", out);
   result.add("format", audioFormatInfo(job.format).label);
-  if (!onlyStems) result.add("seconds", mix.seconds).add("peak_dbfs", mix.peakDb);
+  if (!onlyStems) result.add("seconds", mix.seconds);
   result.add("span", Json::object().add("from", double(job.span.from)).add("to", double(job.span.to)));
   result.add("loops", job.loops).add("tail_s", job.tail);
+  if (!onlyStems) result.add("peak_dbfs", mix.peakDb).add("lufs", mix.lufs);
   if (!args.has("stems")) return result;
   Json rows = Json::array();
   for (const Stem& stem : stems)
@@ -225,8 +242,7 @@ Command render() {
   return {
       "render",
       "Render a project to a 48 kHz WAV: the whole Song, or a range or Marker's Section of it looped "
-      "(optionally "
-      "one WAV per track).",
+      "(optionally one WAV per track).",
       {positional("input", "path.quorel|spec.json|@app", "the project").needed(),
        option(
            "out", "path.wav",
@@ -234,9 +250,10 @@ Command render() {
        rangeOption(), sectionOption(), option("stems", "dir", "directory for one WAV per track"),
        option("loops", "int", "passes, 1..64 (1)"),
        option("tail", "seconds", "after the end, for the effects to ring out, 0..12 (2)"),
-       option("format", "wav|aiff|flac|mp3|aac", "instead of the file's extension"),
+       option("format", "wav|aiff|flac|mp3|aac", "instead of the file's extension; of stems too"),
        flag("force", "replace existing files")},
-      "{wrote?, format, seconds, peak_dbfs, span: {from, to}, loops, tail_s, stems?: [{track, name, wrote}]}",
+      "{wrote?, format, seconds?, span: {from, to}, loops, tail_s, peak_dbfs?, lufs?, stems?: [{track, name, "
+      "wrote}]}",
       true,
       {"quorel render song.quorel --out song.wav",
        "quorel render song.quorel --section CHORUS --out chorus.wav --stems stems"},

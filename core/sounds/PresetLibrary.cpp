@@ -118,6 +118,15 @@ std::string PresetLibrary::freeSlug(std::string_view name) const {
   return stem;
 }
 
+// What is decided from now on is decided on the folder as it stands, whoever else writes there.
+bool PresetLibrary::hold(FolderLock& lock, std::string& error) {
+  constexpr double longest = 10;  // seconds; a write takes milliseconds
+  if (!lock.take(directory_, longest))
+    return fails(error,
+                 "Cannot write " + directory_ + ": another command has been writing there for a while");
+  return reload(error);
+}
+
 bool PresetLibrary::makeFolder(std::string& error) const {
   std::error_code fault;
   fs::create_directories(directory_, fault);
@@ -125,14 +134,12 @@ bool PresetLibrary::makeFolder(std::string& error) const {
 }
 
 bool PresetLibrary::writeFile(const std::string& file, const Preset& preset, std::string& error) const {
-  if (!makeFolder(error)) return false;
   std::string why;
   return writeAtomically(file, write(preset), why) || fails(error, cannotWrite(file, why));
 }
 
 // Into a file that is there for nobody else, even if one comes to be in the meantime.
 bool PresetLibrary::writeNew(const Preset& preset, std::string& file, std::string& error) const {
-  if (!makeFolder(error)) return false;
   const std::string text = write(preset);
   for (bool lost = true; lost;) {
     file = pathOf(directory_, freeSlug(preset.name));
@@ -151,6 +158,8 @@ bool PresetLibrary::save(const Preset& preset, bool replace, Entry& entry, std::
   normalize(copy);
   if (copy.name.empty()) return fails(error, "A Preset needs a name");
   if (findFactory(copy.name)) return fails(error, copy.name + " is a factory Preset; choose another name");
+  FolderLock lock;
+  if (!makeFolder(error) || !hold(lock, error)) return false;
   const Entry* old = find(copy.name);
   if (old && !replace) return fails(error, taken(copy.name));
   std::string file = old ? old->file : "";
@@ -166,6 +175,8 @@ bool PresetLibrary::rename(std::string_view from, std::string_view to, std::stri
   error.clear();
   const std::string old = cleanName(from), name = cleanName(to);
   if (findFactory(old)) return fails(error, old + " is a factory Preset and cannot be renamed");
+  FolderLock lock;
+  if (!hold(lock, error)) return false;
   const Entry* entry = find(old);
   if (!entry) return fails(error, "No Preset named " + old);
   if (name.empty()) return fails(error, "A Preset needs a name");
@@ -193,6 +204,8 @@ bool PresetLibrary::remove(std::string_view name, std::string& error) {
   error.clear();
   const std::string wanted = cleanName(name);
   if (findFactory(wanted)) return fails(error, wanted + " is a factory Preset and cannot be deleted");
+  FolderLock lock;
+  if (!hold(lock, error)) return false;
   const Entry* entry = find(wanted);
   if (!entry) return fails(error, "No Preset named " + wanted);
   if (::unlink(entry->file.c_str()) != 0 && errno != ENOENT)

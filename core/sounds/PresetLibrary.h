@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "base/FolderLock.h"
 #include "core/Preset.h"
 
 namespace synth::preset {
@@ -48,6 +49,7 @@ class PresetLibrary {
 
  private:
   void readEntry(const std::string& file);
+  bool hold(FolderLock& lock, std::string& error);
   bool makeFolder(std::string& error) const;
   bool writeNew(const Preset& preset, std::string& file, std::string& error) const;
 

@@ -184,7 +184,7 @@ class Reader {
   // ---- What depends on the whole header.
 
   bool finish() {
-    if (!role_) warnings_.push_back("no role, LEAD instead");
+    if (!role_) warnings_.push_back(noRoleWarning);
     if (p_.name.empty()) return fail("A Preset needs a name");
     if (!engine_) return fail("A Preset needs an engine (ANALOG … SAMPLER, or DRUMS)");
     if (family_) readFamily(*family_);

@@ -1,5 +1,7 @@
 #include "engine/sinks/FfmpegSink.h"
 
+#include <sys/stat.h>
+
 #include <stdexcept>
 
 namespace synth {
@@ -63,6 +65,9 @@ void FfmpegSink::write(const float* left, const float* right, unsigned frames) {
 void FfmpegSink::finish() {
   const int status = encoder_.finish();
   check(status == 0, "Encoding failed (error " + std::to_string(status) + ")");
+  struct stat info;
+  check(::stat(file_.temporary().c_str(), &info) == 0 && info.st_size > 0,
+        "Encoding failed (nothing was written)");
   std::string error;
   check(file_.commit(error), error);
 }

@@ -156,6 +156,19 @@ TEST(Executable, AnInterruptedRenderLeavesNothingBehind) {
   }
 }
 
+// What listens to a project renders it into a folder of its own, which goes with it.
+TEST(Executable, AnInterruptedListeningLeavesNothingBehind) {
+  TempFolder folder;
+  writeAll(folder / "long.json",
+           R"({"patterns": [{"track": 1, "notes": [[0, 60, 100]]}],
+               "clips": [{"track": 1, "at": 0, "pattern": 0, "length": 9000}]})");
+  const Ran ran =
+      shell(folder, "mkdir tmp; export TMPDIR=$PWD/tmp; '" QUOREL_BINARY
+                    "' analyze long.json & p=$!; until ls tmp/*/render* 2> /dev/null; do sleep 0.01; done; "
+                    "kill -TERM $p; wait $p; echo $?; ls tmp");
+  EXPECT_TRUE(ran.out.ends_with("\n143\n")) << ran.out;
+}
+
 TEST(Executable, ASignalThatItsCallerIgnoresDoesNotEndIt) {
   const auto before = ::signal(SIGHUP, SIG_IGN);
   Rendering render(600);

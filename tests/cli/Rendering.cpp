@@ -74,9 +74,11 @@ TEST(Rendering, WritesTheWholeSongAndItsTail) {
   const Audio audio = wavAt(song / "a.wav");
   EXPECT_EQ(audio.size(), 16u * 3000 + 24000);
   EXPECT_EQ(reply.line("data"), R"({"wrote":)" + json::compact(Json(song / "a.wav")) +
-                                    R"(,"format":"WAV","seconds":1.5,"peak_dbfs":)" +
-                                    reply.line("data.peak_dbfs") +
-                                    R"(,"span":{"from":0,"to":16},"loops":1,"tail_s":0.5})");
+                                    R"(,"format":"WAV","seconds":1.5,"span":{"from":0,"to":16},"loops":1,)" +
+                                    R"("tail_s":0.5,"peak_dbfs":)" + reply.line("data.peak_dbfs") +
+                                    R"(,"lufs":)" + reply.line("data.lufs") + "}");
+  EXPECT_NEAR(reply.number("data.lufs"), quorel({"analyze", song / "a.wav"}).number("data.loudness.lufs"),
+              0.1);
   const float loudest = std::max(peak(audio.left), peak(audio.right));
   EXPECT_NEAR(reply.number("data.peak_dbfs"), toDb(loudest), 0.06);
   EXPECT_GT(loudest, 0.01f);
@@ -194,6 +196,11 @@ TEST(Rendering, StemsAreOfOneLengthAndAddUpToTheWhole) {
   std::vector<float> rest(mix.size());
   for (size_t i = 0; i < rest.size(); i++) rest[i] = mix.left[i] - kit.left[i] - tune.left[i];
   EXPECT_LT(rms(rest), rms(mix.left) * 0.05);
+  // Beside a mix in a lossy format they stay whole; a format that is asked for is theirs too.
+  ASSERT_EQ(song.render({"--out", song / "mix.mp3", "--stems", song / "whole", "--tail", "0.25"}).status, 0);
+  EXPECT_EQ(wavAt(song / "whole/00-KIT.wav").left, kit.left);
+  ASSERT_EQ(song.render({"--stems", song / "flac", "--format", "flac"}).status, 0);
+  EXPECT_TRUE(fs::exists(song / "flac/01-A_B.flac"));
   // Stems alone leave no mix.
   const Reply alone = song.render({"--stems", song / "alone", "--range", "8:16"});
   EXPECT_TRUE(alone.at("data.wrote").isNull());

@@ -188,5 +188,12 @@ TEST(Snapshots, TheWayBackRunsInAShell) {
   }
 }
 
+TEST(Snapshots, APathThatLeadsNowhereHasNone) {
+  TempFolder folder;
+  fs::create_symlink("loop", folder / "loop");
+  for (const std::string& path : {folder / "loop", folder / std::string(300, 'n')})
+    EXPECT_EQ(quorel({"project", "history", path}).code(), "not_found") << path;
+}
+
 }  // namespace
 }  // namespace synth::test

@@ -74,6 +74,21 @@ TEST(PresetLibrary, SavesAndFindsByName) {
   EXPECT_EQ(f.library.resolve("NOBODY"), nullptr);
 }
 
+// Two libraries on one folder, as two commands have them: each sees what the other has done in the meantime.
+TEST(PresetLibrary, DecidesOnTheFolderAsItStands) {
+  Folder f;
+  PresetLibrary other(f.path);
+  ASSERT_TRUE(other.reload(f.error) && f.save(sound("ONE", 500)));
+  Entry entry;
+  EXPECT_FALSE(other.save(sound("One"), false, entry, f.error));
+  EXPECT_EQ(f.error, "A Preset named ONE exists");
+  ASSERT_TRUE(f.library.rename("one", "two", f.error));
+  EXPECT_FALSE(other.remove("one", f.error));
+  EXPECT_FALSE(other.rename("one", "three", f.error));
+  EXPECT_TRUE(other.remove("two", f.error)) << f.error;
+  EXPECT_EQ(f.stems(), "");
+}
+
 TEST(PresetLibrary, RefusesInItsWordsAndTouchesNothing) {
   Folder f;
   ASSERT_TRUE(f.save(sound("ONE")) && f.save(sound("TWO")));
