@@ -3,6 +3,7 @@
 
 #include "base/Text.h"
 #include "cli/Command.h"
+#include "cli/Guides.h"
 #include "cli/Help.h"
 #include "cli/Pages.h"
 
@@ -21,14 +22,33 @@ std::string firstSentence(const std::string& text) {
   return end == text.npos ? text : text.substr(0, end + 1);
 }
 
-// First words, each with the second words that may follow.
-std::map<std::string, std::vector<std::string>> words() {
-  std::map<std::string, std::vector<std::string>> out;
+struct Word {
+  std::string text, about;
+};
+
+// First words, each with what it is about and the second words that may follow.
+struct FirstWord {
+  std::string about;
+  std::vector<Word> second;
+};
+
+std::map<std::string, FirstWord> words() {
+  std::map<std::string, FirstWord> out;
   for (const Command& c : registerCommands()) {
     const size_t blank = c.name.find(' ');
-    auto& second = out[c.name.substr(0, blank)];
-    if (blank != c.name.npos) second.push_back(c.name.substr(blank + 1));
+    FirstWord& first = out[c.name.substr(0, blank)];
+    if (blank == c.name.npos)
+      first.about = firstSentence(c.summary);
+    else
+      first.second.push_back({c.name.substr(blank + 1), firstSentence(c.summary)});
   }
+  std::vector<Word> commands;
+  for (auto& [word, first] : out) {
+    if (first.about.empty()) first.about = word;
+    commands.push_back({word, first.about});
+  }
+  out["help"].second = std::move(commands);
+  for (const Guide& guide : guides()) out["guide"].second.push_back({guide.topic, guide.description});
   return out;
 }
 
@@ -53,8 +73,10 @@ std::string roff(const std::string& text) {
 
 std::string bashCompletion() {
   std::string first, seconds, options;
-  for (const auto& [word, second] : words()) {
+  for (const auto& [word, row] : words()) {
     first += (first.empty() ? "" : " ") + word;
+    std::vector<std::string> second;
+    for (const Word& next : row.second) second.push_back(next.text);
     if (!second.empty()) seconds += "    " + word + ") second=" + quoted(text::joined(second, " ")) + " ;;\n";
   }
   for (const Command& c : registerCommands())
@@ -90,16 +112,11 @@ std::string bashCompletion() {
 
 std::string zshCompletion() {
   std::string first, cases;
-  for (const auto& [word, second] : words()) {
-    std::string about = word;
-    for (const Command& c : registerCommands())
-      if (c.name == word) about = firstSentence(c.summary);
-    first += "    " + quoted(word + ":" + about) + "\n";
-    if (second.empty()) continue;
+  for (const auto& [word, row] : words()) {
+    first += "    " + quoted(word + ":" + row.about) + "\n";
+    if (row.second.empty()) continue;
     cases += "    " + word + ")\n      second=(\n";
-    for (const Command& c : registerCommands())
-      if (c.name.compare(0, word.size() + 1, word + " ") == 0)
-        cases += "        " + quoted(c.name.substr(word.size() + 1) + ":" + firstSentence(c.summary)) + "\n";
+    for (const Word& next : row.second) cases += "        " + quoted(next.text + ":" + next.about) + "\n";
     cases += "      ) ;;\n";
   }
   std::string options;

@@ -143,6 +143,8 @@ TEST(SelfDescription, TheShellKnowsTheCommands) {
   EXPECT_EQ(offered("quorel project ex", 2), "export\n");
   EXPECT_EQ(offered("quorel project export x --f", 4), "--full --force\n");
   EXPECT_EQ(offered("quorel render x --st", 3), "--stems\n");
+  EXPECT_EQ(offered("quorel help rend", 2), "render\n");
+  EXPECT_EQ(offered("quorel guide st", 2), "start\n");
   EXPECT_EQ(offered("quorel project export my", 3), "\n") << "files are left to the shell";
   EXPECT_NE(zshCompletion().find("'export:Export a project as a JSON spec that rebuilds it exactly.'"),
             std::string::npos);
