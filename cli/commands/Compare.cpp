@@ -119,7 +119,7 @@ void draw(const std::string& path, const Audio& reference, const Comparison& c,
   try {
     analysis::differenceImage(path, reference, c.matched, settings);
   } catch (const std::runtime_error& error) {
-    throw CliError("write_failed", error.what());
+    throw CliError("write_failed", error.what(), whyUnwritable(path));
   }
 }
 

@@ -79,7 +79,7 @@ void draw(const std::string& path, const std::vector<const analysis::Audio*>& au
     analysis::spectrogramImage(path, audios, labels, settings);
   } catch (const std::runtime_error& error) {
     const std::string text = error.what();
-    if (text.starts_with("Cannot write")) throw CliError("write_failed", text);
+    if (text.starts_with("Cannot write")) throw CliError("write_failed", text, whyUnwritable(path));
     if (text.starts_with("--")) throw usage(text);
     throw CliError("invalid_audio", text);
   }

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "base/AtomicFile.h"
 #include "cli/Error.h"
 #include "cli/LoadAny.h"
 #include "cli/RunContext.h"
@@ -65,6 +66,13 @@ void checkExists(const Destination& d) {
   if (d.dryRun) return;
   holdFolderOf(d.path);
   refuseExisting(d.path, d.force);
+}
+
+std::string whyUnwritable(const std::string& path) {
+  AtomicFile file;
+  std::string why;
+  file.open(path, why);
+  return why;
 }
 
 std::string restoreCommand(const std::string& path) {

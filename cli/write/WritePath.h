@@ -29,6 +29,9 @@ void holdFolderOf(const std::string& path);
 void checkExists(const Destination& destination);
 void refuseExisting(const std::string& path, bool force);
 
+// Why a file cannot be written at a path; empty where it can be now.
+std::string whyUnwritable(const std::string& path);
+
 // The way back from a write, as a command line.
 std::string restoreCommand(const std::string& path);
 

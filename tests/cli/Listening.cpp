@@ -197,7 +197,9 @@ TEST_F(Listening, RefusalsSayWhatToDo) {
   EXPECT_EQ(
       quorel({"spectrogram", tiny, "--out", png, "--from", "1", "--bpm", "60", "--downbeat", "0"}).status, 0);
   expectRefusals("write_failed", {"spectrogram", wav},
-                 {{{"--out", folder / "no/such.png"}, "Cannot write " + (folder / "no/such.png")}});
+                 {{{"--out", folder / "no/such.png"},
+                   "Cannot write " + (folder / "no/such.png"),
+                   "Cannot create temporary output: No such file or directory"}});
   expectRefusals("usage", {"compare", wav, wav},
                  {{{"--section", "IN"}, "--range and --section are for projects"},
                   {{"--stem", "bass=x"},
