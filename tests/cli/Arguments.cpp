@@ -160,7 +160,7 @@ TEST(CommandTable, HasItsRowsInOrder) {
 
 // A command line as a shell splits it, without the program's name and what goes into a file.
 Words wordsOf(std::string line) {
-  line = line.substr(0, line.find(" > "));
+  line = line.substr(0, std::min(line.find(" > "), line.find(" | ")));
   Words words{""};
   bool quoted = false;
   for (char c : line) {
