@@ -44,6 +44,12 @@ double range(const std::vector<double>& hops) {
   return loudnessDb(blocks[size_t(last * 0.95)]) - loudnessDb(blocks[size_t(last * 0.1)]);
 }
 
+LoudnessMeter metered(const Audio& audio) {
+  LoudnessMeter meter;
+  meter.add(audio.left.data(), audio.right.data(), audio.size());
+  return meter;
+}
+
 }  // namespace
 
 double KWeighting::run(double x) { return highPass_.run(shelf_.run(x)); }
@@ -95,16 +101,6 @@ Loudness LoudnessMeter::loudness() const {
   if (out.lufs > -70) out.monoLossDb = std::max(integrated(mono_) - out.lufs, -60.0);
   return out;
 }
-
-namespace {
-
-LoudnessMeter metered(const Audio& audio) {
-  LoudnessMeter meter;
-  meter.add(audio.left.data(), audio.right.data(), audio.size());
-  return meter;
-}
-
-}  // namespace
 
 Loudness loudnessOf(const Audio& audio) { return metered(audio).loudness(); }
 

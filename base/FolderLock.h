@@ -16,10 +16,10 @@ class FolderLock {
   }
   ~FolderLock() { release(); }
 
-  // Waits for whoever holds it, for `seconds` at most; false when that was not enough. Where a folder cannot
-  // be opened, or its file system knows no locks, nobody is waited for. It ends with the process at the
-  // latest.
-  bool take(const std::string& folder, double seconds);
+  // Waits for whoever holds it, for `seconds` at most, where a write takes milliseconds; false when that was
+  // not enough. Where a folder cannot be opened, or its file system knows no locks, nobody is waited for. It
+  // ends with the process at the latest.
+  bool take(const std::string& folder, double seconds = 10);
   void release();
 
  private:

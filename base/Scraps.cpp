@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 
 // Paths at fixed places, since a signal's handler may not allocate.
 struct Registry {
-  static constexpr int places = 16;
+  static constexpr int places = Scrap::most;
   enum State : unsigned char { Free, Claimed };  // then the kinds of scraps
   std::atomic<unsigned char> states[places]{};
   char paths[places][PATH_MAX]{};

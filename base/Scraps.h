@@ -10,6 +10,7 @@ namespace synth {
 class Scrap {
  public:
   enum Kind : unsigned char { File = 2, Folder };
+  static constexpr int most = 16;  // that the list holds
 
   Scrap() = default;
   Scrap(const Scrap&) = delete;

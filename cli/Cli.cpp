@@ -106,6 +106,11 @@ Outcome runCommand(std::vector<std::string> args, std::string& name, bool compac
   return {printed(envelope, compact), 0};
 }
 
+// A run that has ended keeps nobody waiting.
+struct EndOfRun {
+  ~EndOfRun() { context().writing.release(); }
+};
+
 }  // namespace
 
 int exitOf(const std::string& code) {
@@ -117,11 +122,6 @@ int exitOf(const std::string& code) {
     if (code == file) return 4;
   return 3;
 }
-
-// A run that has ended keeps nobody waiting.
-struct EndOfRun {
-  ~EndOfRun() { context().writing.release(); }
-};
 
 RunContext& context() {
   static RunContext current;

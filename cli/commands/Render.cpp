@@ -9,6 +9,7 @@
 #include "analysis/Measure.h"
 #include "base/Math.h"
 #include "base/Parallel.h"
+#include "base/Scraps.h"
 #include "base/Text.h"
 #include "cli/Args.h"
 #include "cli/Error.h"
@@ -202,29 +203,26 @@ Json renderProject(const Args& args) {
 
   // The mix and the stems are renders of their own, side by side.
   std::vector<std::function<void()>> tasks;
-  ProgressLine progress("Rendering " + (onlyStems ? args.at("stems") : out),
-                        stems.size() + (onlyStems ? 0 : 1));
-  Rendered mix;
-  auto addTask = [&](const Project& p, const std::string& path, const Job& how, Rendered* into) {
-    tasks.push_back([&, path, into, n = tasks.size()] {
-      const Rendered done = renderTo(p, path, how, [&](double share) { progress.show(n, share); });
-      if (into) *into = done;
+  std::vector<Rendered> done(stems.size() + (onlyStems ? 0 : 1));
+  ProgressLine progress("Rendering " + (onlyStems ? args.at("stems") : out), done.size());
+  auto addTask = [&](const Project& p, const std::string& path, const Job& how) {
+    tasks.push_back([&, path, n = tasks.size()] {
+      done[n] = renderTo(p, path, how, [&](double share) { progress.show(n, share); });
     });
   };
-  if (!onlyStems) addTask(*project, out, job, &mix);
+  if (!onlyStems) addTask(*project, out, job);
   std::vector<ProjectPtr> solos;
   for (const Stem& stem : stems) solos.push_back(soloOf(*project, stem.track));
-  for (size_t i = 0; i < stems.size(); i++) addTask(*solos[i], stems[i].path, stemJob, nullptr);
-  constexpr size_t most = 8;  // temporary files that a signal still cleans up
-  runAll(tasks, most);
+  for (size_t i = 0; i < stems.size(); i++) addTask(*solos[i], stems[i].path, stemJob);
+  runAll(tasks, Scrap::most);
 
   Json result = Json::object();
   if (!onlyStems) result.add("wrote", out);
   result.add("format", audioFormatInfo(job.format).label);
-  if (!onlyStems) result.add("seconds", mix.seconds);
+  result.add("seconds", done.empty() ? 0 : done[0].seconds);
   result.add("span", Json::object().add("from", double(job.span.from)).add("to", double(job.span.to)));
   result.add("loops", job.loops).add("tail_s", job.tail);
-  if (!onlyStems) result.add("peak_dbfs", mix.peakDb).add("lufs", mix.lufs);
+  if (!onlyStems) result.add("peak_dbfs", done[0].peakDb).add("lufs", done[0].lufs);
   if (!args.has("stems")) return result;
   Json rows = Json::array();
   for (const Stem& stem : stems)
@@ -252,7 +250,7 @@ Command render() {
        option("tail", "seconds", "after the end, for the effects to ring out, 0..12 (2)"),
        option("format", "wav|aiff|flac|mp3|aac", "instead of the file's extension; of stems too"),
        flag("force", "replace existing files")},
-      "{wrote?, format, seconds?, span: {from, to}, loops, tail_s, peak_dbfs?, lufs?, stems?: [{track, name, "
+      "{wrote?, format, seconds, span: {from, to}, loops, tail_s, peak_dbfs?, lufs?, stems?: [{track, name, "
       "wrote}]}",
       true,
       {"quorel render song.quorel --out song.wav",

@@ -46,11 +46,10 @@ void refuseSpecPath(const std::string& path) {
 }
 
 void holdFolderOf(const std::string& path) {
-  constexpr double longest = 10;  // seconds; a write takes milliseconds
   std::error_code failed;
   const std::filesystem::path target = std::filesystem::weakly_canonical(path, failed);
   const std::string folder = target.has_parent_path() ? target.parent_path().string() : ".";
-  if (!context().writing.take(folder, longest))
+  if (!context().writing.take(folder))
     throw CliError("write_failed", "Another command has been writing in " + folder + " for a while",
                    "Try again when it has ended");
 }

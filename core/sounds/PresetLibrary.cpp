@@ -120,8 +120,7 @@ std::string PresetLibrary::freeSlug(std::string_view name) const {
 
 // What is decided from now on is decided on the folder as it stands, whoever else writes there.
 bool PresetLibrary::hold(FolderLock& lock, std::string& error) {
-  constexpr double longest = 10;  // seconds; a write takes milliseconds
-  if (!lock.take(directory_, longest))
+  if (!lock.take(directory_))
     return fails(error,
                  "Cannot write " + directory_ + ": another command has been writing there for a while");
   return reload(error);

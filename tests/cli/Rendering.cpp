@@ -203,7 +203,8 @@ TEST(Rendering, StemsAreOfOneLengthAndAddUpToTheWhole) {
   EXPECT_TRUE(fs::exists(song / "flac/01-A_B.flac"));
   // Stems alone leave no mix.
   const Reply alone = song.render({"--stems", song / "alone", "--range", "8:16"});
-  EXPECT_TRUE(alone.at("data.wrote").isNull());
+  EXPECT_TRUE(alone.at("data.wrote").isNull() && alone.at("data.lufs").isNull());
+  EXPECT_EQ(alone.number("data.seconds"), 2.5);
   EXPECT_FALSE(fs::exists(song / "duo.wav"));
   EXPECT_EQ(wavAt(song / "alone/00-KIT.wav").size(), 24000u + 96000);
 }
